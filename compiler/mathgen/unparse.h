@@ -1,0 +1,29 @@
+// The source unparser: a tree as text in the notation of the model language and the host.
+#pragma once
+
+#include <cstdio>
+#include <string>
+
+#include "treefwd.h"
+
+namespace oz {
+
+// The shared text buffer and its size; it grows, so that a pointer into it is valid until the next call.
+extern char* bigbuf;
+extern size_t bigbuf_allocated;
+
+// Allocates bigbuf; to be called before the other operations.
+void bigbuf_init();
+
+// Prints into bigbuf; the result is bigbuf.
+const char* unparse_string(tAsynt tree);
+
+// Prints to a stream without indentation; with indentation.
+void unparse_file(FILE* f, tAsynt tree);
+void unparse_filep(FILE* f, tAsynt tree);
+
+// Prints sym into str and removes the first skipcount bracket groups of the text. A group begins with "[" where the one
+// before it ended and goes to the next "]". False, with the text left as printed, if there are not so many groups.
+bool unparse_and_skip_brackets(std::string* str, tAsynt sym, int skipcount);
+
+}  // namespace oz

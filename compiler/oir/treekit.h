@@ -1,0 +1,82 @@
+// The half of a tree kit that is the same for every tree: nodes, the schema's tables, and the whole-tree operations
+// written once against those tables.
+//
+// A node is a head of 8 bytes and one 8-byte slot per field. A whole-tree operation first counts, in the node marks, how
+// often each node is referred to; it then clears each mark as it passes, so that between operations every mark is 0.
+// All operations share module state: none may run inside another, except that a dump may be started within a dump.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <source_location>
+
+#include "Positions.h"
+#include "treefwd.h"
+
+namespace oz {
+
+// What every node begins with.
+struct TreeNode {
+  uint16_t yyKind;  // number of the node's kind
+  uint16_t yyFree;  // not used
+  uint32_t yyMark;  // references counted by the operation at work, 0 between operations
+};
+
+// How the slot of a field is read and written in a dump.
+enum class FieldType : uint8_t {
+  tree,       // a child
+  character,  // a truth value
+  text,       // characters, null counts as empty
+  position,   // tPosition
+  word4,      // 4 bytes: int, unsigned, an enumeration
+  word8,      // 8 bytes: double, a pointer
+};
+
+struct TreeField {
+  const char* name;
+  FieldType type;
+  uint16_t kind;  // for a child: the kind that it must have, or a descendant of it
+};
+
+inline constexpr int kMaxChildren = 6;
+
+struct TreeKind {
+  const char* name;
+  uint16_t last;         // number of the last descendant
+  uint8_t field_count;   // fields, each one slot
+  uint8_t child_count;   // how many of them are children
+  bool cell;             // a list cell: the last child is the tail
+  uint8_t children[kMaxChildren];  // their slots, ascending
+  const TreeField* fields;
+};
+
+struct TreeSchema {
+  const char* tree_name;  // "Asynt"
+  const char* null_name;  // what a dump writes for a null child, "NoAsynt"
+  int kind_count;
+  const TreeKind* kinds;
+};
+
+// The slot of a field whose kind the caller knows, without a check.
+template <typename T, typename Node>
+inline T& tree_raw_slot(Node* t, size_t slot) {
+  static_assert(sizeof(T) <= 8);
+  return *reinterpret_cast<T*>(reinterpret_cast<char*>(t) + sizeof(TreeNode) + 8 * slot);
+}
+
+// The internal-error exit of a field access to a null node or to a node of the wrong kind.
+[[noreturn, gnu::cold]] void tree_access_failure(std::source_location at);
+
+// The slot of a field; the node's kind must lie in first..last. The check stays in release builds.
+template <typename T, typename Node>
+inline T& tree_slot(Node* t, unsigned first, unsigned last, size_t slot, std::source_location at) {
+  if (t == nullptr || t->yyKind - first > last - first) [[unlikely]]
+    tree_access_failure(at);
+  return tree_raw_slot<T>(t, slot);
+}
+
+// Bytes of a node of a kind.
+inline size_t tree_node_size(const TreeKind& k) { return sizeof(TreeNode) + 8 * size_t{k.field_count}; }
+
+}  // namespace oz
