@@ -1,0 +1,306 @@
+// The tree kit: ranges, copy, compare, check, dump, browser and traversals, on small trees and on random ones.
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "Asynt.h"
+#include "oz.h"
+
+namespace oz {
+namespace {
+
+std::string dump_of(tAsynt t) {
+  char* text = nullptr;
+  size_t size = 0;
+  FILE* f = open_memstream(&text, &size);
+  WriteAsynt(f, t);
+  std::fclose(f);
+  std::string result(text, size);
+  std::free(text);
+  return result;
+}
+
+tAsynt simple(const char* name) { return mSymbol(mSimpleSymbol(mNoType(), tPosition{3, 7}, name)); }
+tAsynt list1(tAsynt e) { return mExpression1(e, mExpression0()); }
+tAsynt list2(tAsynt a, tAsynt b) { return mExpression1(a, list1(b)); }
+tAsynt minus(tAsynt e) { return mXMinus(mkNonConvPos(tPosition{1, 2}), e); }
+
+TEST(TreeKit, RangesFollowTheHierarchy) {
+  const struct {
+    tAsynt node;
+    Asynt_tKind kind;
+    bool expected;
+  } rows[] = {
+      {nullptr, kExpression, false},
+      {nInstanceSet(), kInstance, true},
+      {nInstanceSet(), kObject, true},
+      {nClass(), kInstance, false},
+      {nAbsoluteSymbol(), kNamedSymbol, true},
+      {nSimpleSymbol(), kRelativeSymbol, true},
+      {nRelativeNest(), kNamedSymbol, false},
+      {nOutParam(), kNamedSymbol, false},
+      {nXInequality(), kOperator, false},
+      {nXInequality(), kParticle, true},
+      {nSymbol(), kConstant, false},
+      {nXFalse(), kConstant, true},
+      {nXImport(), kVariadic, true},
+      {nXAbs(), kCUnary, true},
+      {nIntType_s(), kIntType, true},
+      {nIntType(), kIntType_s, false},
+  };
+  for (const auto& row : rows)
+    EXPECT_EQ(row.expected, Asynt_IsType(row.node, row.kind))
+        << (row.node ? Asynt_NodeName(row.node->yyKind) : "null") << " " << Asynt_NodeName(row.kind);
+}
+
+// The numbers are fixed: a sample from every family, first and last.
+TEST(TreeKit, NumbersAndNames) {
+  const struct {
+    unsigned number;
+    const char* name;
+  } rows[] = {{0, "NoAsynt"},   {18, "Capsule"},     {38, "Expression"}, {61, "CUnary"},      {62, "XSin"},
+              {85, "XAbs"},     {105, "XStandardDeviation"}, {107, "ArcTan2"},    {113, "OuterProduct"},
+              {119, "XMinus"},  {133, "XStringReverse"},     {135, "XUpSet"},     {161, "XPrepend"},
+              {163, "XOr"},     {178, "XCompoundExpression"}, {198, "XPart"},     {204, "XImport"},
+              {206, "Symbol"},  {245, "Comment"},    {263, "NoType"},     {280, "ComponentName"}, {301, "Asynt"}};
+  for (const auto& row : rows) EXPECT_STREQ(row.name, Asynt_NodeName(row.number));
+  EXPECT_EQ(302, kAsyntKinds);
+}
+
+TEST(TreeKit, DumpOfSharedSymbol) {
+  tAsynt x = simple("x");
+  tAsynt t = mXPlus(mkNonConvPos(tPosition{1, 12}), list2(x, mSymbol(Symbol_SymInfo(x))));
+  EXPECT_EQ(
+      " XPlus\n"
+      "  PosConv          =  PosConv\n"
+      "    Pos              =    1, 12\n"
+      "    Converted        = 00 00 00 00 \n"
+      "  Expressions      =  Expression1\n"
+      "    Expression       =  Symbol\n"
+      "      SymInfo          = \n"
+      "000001:SimpleSymbol\n"
+      "        Pos              =    3,  7\n"
+      "        Name             = x\n"
+      "        Type             =  NoType\n"
+      "    Expressions      =  Expression1\n"
+      "      Expression       =  Symbol\n"
+      "        SymInfo          = ^1\n"
+      "      Expressions      =  Expression0\n",
+      dump_of(t));
+}
+
+// From indent level 8 on a label is followed by blanks up to the level; a null child and scalars of every size.
+TEST(TreeKit, DumpOfLabelsScalarsAndNulls) {
+  tAsynt shared = mIntConst(-2);
+  tAsynt t = minus(minus(minus(minus(minus(list2(shared, shared))))));
+  const std::string text = dump_of(t);
+  EXPECT_NE(std::string::npos, text.find("            Expression       = \n000001:     IntConst\n"
+                                         "              Val              = fe ff ff ff \n"))
+      << text;
+  EXPECT_NE(std::string::npos, text.find("              Expression       = ^1\n"));
+  EXPECT_EQ(" NoAsynt\n", dump_of(nullptr));
+  EXPECT_EQ(
+      " Capsule\n"
+      "  Readable         = T\n"
+      "  Writable         = F\n"
+      "  Local            = T\n"
+      "  Privileged       =  Symbol0\n"
+      "  Body             =  NoAsynt\n",
+      dump_of(mCapsule(1, 0, 1, mSymbol0(), nullptr)));
+  EXPECT_EQ(
+      " RealConst\n"
+      "  Val              = 00 00 00 00 00 00 f0 3f \n",
+      dump_of(mRealConst(1.0)));
+}
+
+TEST(TreeKit, CyclesTerminate) {
+  tAsynt x = simple("n");
+  SymInfo_Type(Symbol_SymInfo(x)) = mArrayType(mRealType(nullptr), list1(x));
+  const std::string text = dump_of(x);
+  EXPECT_NE(std::string::npos, text.find("^1\n")) << text;
+  tAsynt y = CopyAsynt(x);
+  EXPECT_NE(x, y);
+  EXPECT_EQ(y, Expression1_Expression(ArrayType_Dimensions(SymInfo_Type(Symbol_SymInfo(y)))));
+  EXPECT_TRUE(CheckAsynt(x));
+  ReleaseAsynt(y);
+  EXPECT_TRUE(AsyntMarksAreZero(x));
+  EXPECT_TRUE(AsyntMarksAreZero(y));
+}
+
+TEST(TreeKit, CopyKeepsSharingAndTexts) {
+  tAsynt x = simple("x");
+  tAsynt t = list2(x, mSymbol(Symbol_SymInfo(x)));
+  tAsynt u = CopyAsynt(t);
+  ASSERT_TRUE(IsEqualAsynt(t, u));
+  tAsynt first = Symbol_SymInfo(Expression1_Expression(u));
+  EXPECT_EQ(first, Symbol_SymInfo(Expression1_Expression(Expression1_Expressions(u))));
+  EXPECT_NE(first, Symbol_SymInfo(x));
+  EXPECT_EQ(NamedSymbol_Name(first), NamedSymbol_Name(Symbol_SymInfo(x)));
+  EXPECT_EQ(nullptr, CopyAsynt(nullptr));
+}
+
+TEST(TreeKit, EqualityLooksAtEveryField) {
+  EXPECT_TRUE(IsEqualAsynt(nullptr, nullptr));
+  EXPECT_FALSE(IsEqualAsynt(mXTrue(), nullptr));
+  EXPECT_FALSE(IsEqualAsynt(mXTrue(), mXFalse()));
+  EXPECT_FALSE(IsEqualAsynt(mPosConv(tPosition{1, 1}, nonConv), mPosConv(tPosition{1, 2}, nonConv)));
+  EXPECT_FALSE(IsEqualAsynt(mPosConv(tPosition{1, 1}, nonConv), mPosConv(tPosition{1, 1}, yesConv)));
+  EXPECT_TRUE(IsEqualAsynt(mStringConst("ab"), mStringConst(std::string("ab").c_str())));
+  EXPECT_FALSE(IsEqualAsynt(list2(mIntConst(1), mIntConst(2)), list2(mIntConst(1), mIntConst(3))));
+  EXPECT_FALSE(IsEqualAsynt(list1(mIntConst(1)), list2(mIntConst(1), mIntConst(2))));
+}
+
+TEST(TreeKit, CheckReportsEveryBadChild) {
+  tAsynt bad = mXSubtract(mkNonConvPos(tPosition{1, 1}), mSymbol0(), nullptr);
+  testing::internal::CaptureStderr();
+  EXPECT_FALSE(CheckAsynt(list1(bad)));
+  const std::string text = testing::internal::GetCapturedStderr();
+  EXPECT_EQ(0u, text.find("CheckTree: parent = XSubtract\nPosConv          = "));
+  EXPECT_NE(std::string::npos, text.find("\nselector: LHS child = Symbol0\n\n"));
+  EXPECT_NE(std::string::npos, text.find("RHS              = NoAsynt\n\nselector: RHS child = NoAsynt\n\n"));
+  EXPECT_TRUE(AsyntMarksAreZero(bad));
+  testing::internal::CaptureStderr();
+  EXPECT_FALSE(CheckAsynt(list1(bad)));
+  EXPECT_EQ(text, testing::internal::GetCapturedStderr());
+}
+
+TEST(TreeKit, ReverseTakesTheTerminatorAlong) {
+  tAsynt one = list1(mIntConst(1));
+  EXPECT_EQ(one, ReverseAsynt(one));
+  tAsynt terminator = mSymbol0();
+  tAsynt a = mSymbol1(simple("a"), mSymbol1(simple("b"), terminator));
+  tAsynt b = Symbol1_Symbols(a);
+  EXPECT_EQ(b, ReverseAsynt(a));
+  EXPECT_EQ(a, Symbol1_Symbols(b));
+  EXPECT_EQ(terminator, Symbol1_Symbols(a));
+  EXPECT_EQ(terminator, ReverseAsynt(terminator));
+  tAsynt pair = mGenericList(one, one);
+  EXPECT_EQ(pair, ReverseAsynt(pair));
+}
+
+std::vector<int> seen;
+
+TEST(TreeKit, TraversalVisitsEachNodeOnce) {
+  tAsynt shared = mIntConst(5);
+  tAsynt t = list2(minus(shared), minus(shared));
+  seen.clear();
+  TraverseAsyntTD(t, [](tAsynt n) { seen.push_back(n->yyKind); });
+  EXPECT_EQ((std::vector<int>{kExpression1, kXMinus, kPosConv, kIntConst, kExpression1, kXMinus, kPosConv, kExpression0}),
+            seen);
+  EXPECT_TRUE(AsyntMarksAreZero(t));
+}
+
+// false: no calls below this node, the siblings are visited, and what is shared with the outside still gets its call.
+TEST(TreeKit, TraversalWithoutDescent) {
+  tAsynt shared = mIntConst(5);
+  tAsynt t = mExpression1(mXNot(mkNonConvPos(tPosition{1, 1}), shared), list2(minus(mIntConst(6)), shared));
+  seen.clear();
+  TraverseAsyntTD2(&t, [](tAsynt* n) -> char {
+    seen.push_back((*n)->yyKind == kIntConst ? IntConst_Val(*n) : (*n)->yyKind);
+    return (*n)->yyKind != kXNot;
+  });
+  EXPECT_EQ((std::vector<int>{kExpression1, kXNot, kExpression1, kXMinus, kPosConv, 6, kExpression1, 5, kExpression0}), seen);
+  EXPECT_TRUE(AsyntMarksAreZero(t));
+}
+
+TEST(TreeKit, TraversalGoesOnBelowAReplacement) {
+  tAsynt t = list1(minus(mIntConst(1)));
+  TraverseAsyntTD2(&t, [](tAsynt* n) -> char {
+    if ((*n)->yyKind == kXMinus) *n = Unary_Expression(*n);
+    return 1;
+  });
+  EXPECT_EQ(kIntConst, Expression1_Expression(t)->yyKind);
+  EXPECT_TRUE(AsyntMarksAreZero(t));
+}
+
+TEST(TreeKit, AMillionCellsPassEveryOperation) {
+  tAsynt list = mExpression0();
+  for (int i = 0; i < 1000000; i++) list = mExpression1(mXTrue(), list);
+  tAsynt copy = CopyAsynt(list);
+  EXPECT_TRUE(IsEqualAsynt(list, copy));
+  EXPECT_TRUE(CheckAsynt(copy));
+  static int visited;
+  visited = 0;
+  TraverseAsyntTD2(&copy, [](tAsynt*) -> char { return ++visited, 1; });
+  EXPECT_EQ(2000001, visited);
+  copy = ReverseAsynt(copy);
+  ReleaseAsynt(copy);
+  EXPECT_TRUE(AsyntMarksAreZero(list));
+}
+
+TEST(TreeKit, AccessToAWrongKindEndsTheRun) {
+  tAsynt t = mIntConst(1);
+  EXPECT_EXIT(Unary_Expression(t), testing::ExitedWithCode(1), "Internal compiler error: treekit_test.cc [0-9]+");
+  EXPECT_EXIT(Symbol_SymInfo(nullptr), testing::ExitedWithCode(1), "Internal compiler error: treekit_test.cc [0-9]+");
+}
+
+// A random well-formed tree: each child is of a kind that its field allows, some nodes are shared.
+class RandomTree {
+ public:
+  explicit RandomTree(unsigned seed) : random_(seed) {}
+
+  tAsynt make(unsigned kind, int depth) {
+    if (!made_.empty() && random_() % 8 == 0) {
+      tAsynt t = made_[random_() % made_.size()];
+      if (Asynt_IsType(t, static_cast<Asynt_tKind>(kind))) return t;
+    }
+    const unsigned chosen = choose(kind, depth);
+    const TreeKind& k = Asynt_Schema.kinds[chosen];
+    tAsynt t = Asynt_New(chosen, k.field_count);
+    for (size_t i = 0; i < k.field_count; i++) fill(t, k.fields[i], i, depth);
+    made_.push_back(t);
+    return t;
+  }
+
+ private:
+  // A descendant of the kind; near the bottom the one with the fewest children.
+  unsigned choose(unsigned kind, int depth) {
+    if (kind == kAsynt) kind = kExpression;
+    const unsigned last = Asynt_Schema.kinds[kind].last;
+    unsigned best = kind + static_cast<unsigned>(random_() % (last - kind + 1));
+    if (depth > 0) return best;
+    for (unsigned k = kind; k <= last; k++)
+      if (Asynt_Schema.kinds[k].child_count < Asynt_Schema.kinds[best].child_count) best = k;
+    return best;
+  }
+
+  void fill(tAsynt t, const TreeField& field, size_t slot, int depth) {
+    static const char* const texts[] = {"", "x", "a name", "42"};
+    switch (field.type) {
+      case FieldType::tree: tree_raw_slot<tAsynt>(t, slot) = make(field.kind, depth - 1); return;
+      case FieldType::character: tree_raw_slot<char>(t, slot) = random_() % 2 == 0; return;
+      case FieldType::text: tree_raw_slot<string>(t, slot) = texts[random_() % 4]; return;
+      case FieldType::position:
+        tree_raw_slot<tPosition>(t, slot) = {static_cast<uint32_t>(random_() % 9), static_cast<uint32_t>(random_() % 9)};
+        return;
+      default: tree_raw_slot<uint32_t>(t, slot) = static_cast<uint32_t>(random_() % 3); return;
+    }
+  }
+
+  std::mt19937 random_;
+  std::vector<tAsynt> made_;
+};
+
+TEST(TreeKit, RandomTreesCopyCompareCheckAndDump) {
+  for (unsigned seed = 1; seed <= 200; seed++) {
+    tAsynt t = RandomTree(seed).make(seed % 2 ? kModel : kExpression, 8);
+    ASSERT_TRUE(CheckAsynt(t)) << seed;
+    tAsynt u = CopyAsynt(t);
+    ASSERT_TRUE(IsEqualAsynt(t, u)) << seed;
+    ASSERT_EQ(dump_of(t), dump_of(u)) << seed;
+    ASSERT_TRUE(AsyntMarksAreZero(t)) << seed;
+    ASSERT_TRUE(AsyntMarksAreZero(u)) << seed;
+    TraverseAsyntTD2(&u, [](tAsynt* n) -> char { return (*n)->yyKind % 3 != 0; });
+    ASSERT_TRUE(AsyntMarksAreZero(u)) << seed;
+    ReleaseAsynt(u);
+    ASSERT_TRUE(AsyntMarksAreZero(u)) << seed;
+  }
+}
+
+}  // namespace
+}  // namespace oz
