@@ -28,7 +28,7 @@ std::string dump_of(tAsynt t) {
 tAsynt simple(const char* name) { return mSymbol(mSimpleSymbol(mNoType(), tPosition{3, 7}, name)); }
 tAsynt list1(tAsynt e) { return mExpression1(e, mExpression0()); }
 tAsynt list2(tAsynt a, tAsynt b) { return mExpression1(a, list1(b)); }
-tAsynt minus(tAsynt e) { return mXMinus(mNonConvPos(tPosition{1, 2}), e); }
+tAsynt minus(tAsynt e) { return mXMinus(mkNonConvPos(tPosition{1, 2}), e); }
 
 TEST(TreeKit, RangesFollowTheHierarchy) {
   const struct {
@@ -74,7 +74,7 @@ TEST(TreeKit, NumbersAndNames) {
 
 TEST(TreeKit, DumpOfSharedSymbol) {
   tAsynt x = simple("x");
-  tAsynt t = mXPlus(mNonConvPos(tPosition{1, 12}), list2(x, mSymbol(Symbol_SymInfo(x))));
+  tAsynt t = mXPlus(mkNonConvPos(tPosition{1, 12}), list2(x, mSymbol(Symbol_SymInfo(x))));
   EXPECT_EQ(
       " XPlus\n"
       "  PosConv          =  PosConv\n"
@@ -156,7 +156,7 @@ TEST(TreeKit, EqualityLooksAtEveryField) {
 }
 
 TEST(TreeKit, CheckReportsEveryBadChild) {
-  tAsynt bad = mXSubtract(mNonConvPos(tPosition{1, 1}), mSymbol0(), nullptr);
+  tAsynt bad = mXSubtract(mkNonConvPos(tPosition{1, 1}), mSymbol0(), nullptr);
   testing::internal::CaptureStderr();
   EXPECT_FALSE(CheckAsynt(list1(bad)));
   const std::string text = testing::internal::GetCapturedStderr();
@@ -198,7 +198,7 @@ TEST(TreeKit, TraversalVisitsEachNodeOnce) {
 // false: no calls below this node, the siblings are visited, and what is shared with the outside still gets its call.
 TEST(TreeKit, TraversalWithoutDescent) {
   tAsynt shared = mIntConst(5);
-  tAsynt t = mExpression1(mXNot(mNonConvPos(tPosition{1, 1}), shared), list2(minus(mIntConst(6)), shared));
+  tAsynt t = mExpression1(mXNot(mkNonConvPos(tPosition{1, 1}), shared), list2(minus(mIntConst(6)), shared));
   seen.clear();
   TraverseAsyntTD2(&t, [](tAsynt* n) -> char {
     seen.push_back((*n)->yyKind == kIntConst ? IntConst_Val(*n) : (*n)->yyKind);
