@@ -1,0 +1,430 @@
+// The source unparser: the text of each kind, priorities, lists, indentation, and what the output layer promises.
+
+#include "unparse.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <initializer_list>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "Asynt.h"
+#include "Errors.h"
+#include "operator_name.h"
+#include "oz.h"
+
+namespace oz {
+namespace {
+
+// A node of any kind from its children in field order; an operator's PosConv comes by itself.
+tAsynt node(Asynt_tKind kind, std::initializer_list<tAsynt> children) {
+  tAsynt t = Asynt_New(kind, Asynt_Schema.kinds[kind].field_count);
+  size_t slot = 0;
+  if (Asynt_IsType(t, kOperator)) tree_raw_slot<tAsynt>(t, slot++) = mkNonConvPos(tPosition{1, 2});
+  for (tAsynt child : children) tree_raw_slot<tAsynt>(t, slot++) = child;
+  return t;
+}
+
+tAsynt info(const char* name) { return mSimpleSymbol(mNoType(), tPosition{1, 2}, name); }
+tAsynt sym(const char* name) { return mSymbol(info(name)); }
+tAsynt num(const char* digits) { return mExactIntConst(digits); }
+tAsynt real(const char* digits) { return mExactRealConst(digits); }
+tAsynt blank() { return mBlank(mEmpty()); }
+
+tAsynt list(std::initializer_list<tAsynt> items) {
+  tAsynt result = mExpression0();
+  for (auto item = std::rbegin(items); item != std::rend(items); ++item) result = mExpression1(*item, result);
+  return result;
+}
+
+tAsynt symbols(std::initializer_list<tAsynt> items) {
+  tAsynt result = mSymbol0();
+  for (auto item = std::rbegin(items); item != std::rend(items); ++item) result = mSymbol1(*item, result);
+  return result;
+}
+
+tAsynt call(const char* name, std::initializer_list<tAsynt> args) { return mSimpleFFE(list(args), sym(name)); }
+tAsynt path(std::initializer_list<tAsynt> components, const char* name) {
+  return mSymbol(mAbsoluteSymbol(mNoType(), tPosition{1, 2}, name, list(components)));
+}
+tAsynt nary(Asynt_tKind kind, std::initializer_list<tAsynt> items) { return node(kind, {list(items)}); }
+tAsynt hidden() { return mNonAlgAuxiliary(sym("unseen")); }
+
+tAsynt external() { return mExternalDeclaration("pre", "ctx", "C", mExternalFunctionReturns(), mParameterspec0()); }
+
+struct UnparseTest : testing::Test {
+  UnparseTest() {
+    bigbuf_init();
+    init_operator_name();
+  }
+};
+
+struct Row {
+  tAsynt tree;
+  const char* text;
+};
+
+void expect_rows(const std::vector<Row>& rows) {
+  for (const Row& row : rows) EXPECT_STREQ(row.text, unparse_string(row.tree));
+}
+
+// What one of the stream printers writes.
+std::string printed(void (*print)(FILE*, tAsynt), tAsynt tree) {
+  char* text = nullptr;
+  size_t size = 0;
+  FILE* f = open_memstream(&text, &size);
+  print(f, tree);
+  std::fclose(f);
+  std::string result(text, size);
+  std::free(text);
+  return result;
+}
+
+TEST_F(UnparseTest, Declarations) {
+  tAsynt parents =
+      mParent1(mParent(sym("B"), list({num("2"), num("0")})), mParent1(mParent(sym("C"), list({})), mParent0()));
+  tAsynt body = mParticle1(sym("x"), mParticle1(node(kXSetDelayed, {sym("y"), num("1")}), mParticle0()));
+  tAsynt capsules = mCapsule1(mCapsule(1, 0, 1, symbols({sym("secret")}), body), mCapsule0());
+  tAsynt a_class = mClass(sym("A"), parents, capsules, symbols({sym("p"), sym("q")}));
+  tAsynt a_set = mInstanceSet(sym("s"), parents, mCapsule0(), symbols({sym("i"), sym("j")}));
+  expect_rows({
+      {a_class, "class A(p, q) inherits B(2, 0), C\nx;\ny:=1;\nend;\n"},
+      {mClass(sym("A"), mParent0(), mCapsule0(), mSymbol0()), "class A\nend;\n"},
+      {mInstance(sym("a"), mParent0(), capsules), "instance a\nx;\ny:=1;\nend;\n"},
+      {a_set, "instance s[i, j] inherits B(2, 0), C\nend;\n"},
+      {mPartInstance(a_set), "part s[i, j] inherits B(2, 0), C"},
+      {mPartInstance(mInstance(sym("p"), mParent0(), mCapsule0())), "part p"},
+      {mModel(sym("m"), mFilename0(), body,
+              mObject1(a_class, mObject1(mInstance(sym("a"), mParent0(), mCapsule0()), mObject0()))),
+       "x;\ny:=1;\nclass A(p, q) inherits B(2, 0), C\nx;\ny:=1;\nend;\ninstance a\nend;\n"},
+      {symbols({sym("a"), sym("b")}), "ab"},
+      {mFilename1(mFilename("A`"), mFilename1(mFilename("B`"), mFilename0())), "\"A`\", \"B`\""},
+      {mArrayType(mRealType(nullptr), list({num("3"), num("0"), mIntConst(0)})), " Array [3 ,_ ,0] of  Real "},
+      {mArrayType(mIntType_s(nullptr), mIntConst1(mIntConst(-1), mIntConst0())), " Array [-1] of  Integer "},
+      {mMultiType(mType1(mComplexType(nullptr), mType1(mBoolType(nullptr), mType0()))),
+       " MultiType:[  Complex  Bool   ] "},
+      {mStringType(nullptr), " String "},
+      {mNoType(), " undefined type "},
+      {mPreDef(nullptr, cunary), "Predef"},
+  });
+}
+
+TEST_F(UnparseTest, Names) {
+  tAsynt element = mAbsoluteNest(mNoType(), tPosition{1, 2}, call("a", {sym("i")}));
+  expect_rows({
+      {path({}, "Protect"), "Protect"},
+      {path({sym("a"), call("p", {num("2")})}, "x"), "a`p[2]`x"},
+      {mSymbol(mFullSymbol(mNoType(), tPosition{1, 2}, "x", list({mThis(), sym("h")}))), "this`h`x"},
+      {path({path({}, "")}, "indices"), "`indices"},
+      {mSymbol(element), "a[i]"},
+      {mSymbol(mTempSymbol(mNoType(), tPosition{1, 2}, 7)), "Temp_7"},
+      {mSymbol(mOutParam(mNoType(), tPosition{12, 3}, 2)), "Output (return) parameter no. 2 at line 12:3 "},
+  });
+}
+
+TEST_F(UnparseTest, CallsAndConstants) {
+  tAsynt sum = nary(kXPlus, {sym("a"), sym("b")});
+  expect_rows({
+      {call("f", {}), "f[]"},
+      {call("f", {sum, num("0"), nary(kXList, {num("0"), num("1")})}), "f[a+b, 0,  { _, 1 } ]"},
+      {mComplexFFE(list({sym("x")}), call("f", {sym("i")})), "f[i][x]"},
+      {mComplexFFE(list({}), mComplexFFE(list({sym("x")}), call("f", {sym("i")}))), "f[i][x][]"},
+      {mComplexFFE(list({sym("t")}), node(kDeriv, {mIntConst(1), sym("x")})), "(x')[t]"},
+      {mComplexFFE(list({num("1")}), node(kXFunction, {mSlot(1)})), "(# &)[1]"},
+      {mComplexFFE(list({num("1")}), nary(kXPart, {sym("a"), num("2")})), "(a[[2]] )[1]"},
+      {nary(kXPart, {call("f", {sym("x")}), num("0"), num("1")}), "(f[x])[[_,1]] "},
+      {node(kXSin, {sum}), "XSin[a+b]"},
+      {node(kXMod, {sum, num("0")}), "XMod[a+b,0]"},
+      {nary(kXDimensions, {sym("a"), num("0")}), " XDimensions[ a, _ ] "},
+      {nary(kXSetShape, {sym("a"), num("0")}), " XSetShape[ a, _ ] "},
+      {nary(kXJoin, {sym("a"), sym("b")}), " Join[ a, b ] "},
+      {nary(kCross, {sym("a"), sym("b")}), "Cross[a, b]"},
+      {nary(kXMax, {sym("a"), num("0")}), "aXMax0"},
+      {node(kXDrop, {sum, num("0")}), "Drop [ a+b , 0 ] "},
+      {node(kXIf, {sym("c"), sum, sum}), " XIf[args...] "},
+      {nary(kXList, {}), " {  } "},
+      {mIntConst(-12), "-12"},
+      {mRealConst(0.5), "0.500000"},
+      {real("1.5*^3"), "1.5*^3"},
+      {mStringConst("a \\ %s"), "\"a \\ %s\""},
+      {mXPi(), "Pi[]"},
+      {mXI(), "I "},
+      {mXAll(), "All"},
+      {mXBlank(), "_"},
+      {mThis(), "this"},
+      {mEmpty(), ""},
+      {mSlot(1), "#"},
+      {mSlot(3), "#3"},
+      {mSlotSequence(1), "##"},
+      {mSlotSequence(2), "##2"},
+      {mMessage(sym("f"), "bad", ""), "f::\"bad\""},
+      {mMessage(sym("f"), "bad", "Latin"), "f::\"bad\"::\"Latin\""},
+      {mComment("Class: ", "A"), "(* Class: A *)\n"},
+  });
+}
+
+TEST_F(UnparseTest, Operators) {
+  tAsynt sum = nary(kXPlus, {sym("a"), sym("b")});
+  tAsynt less = nary(kXLess, {});
+  tAsynt set = node(kXSet, {sym("a"), sum});
+  tAsynt x_ = mXPattern(sym("x"), blank());
+  expect_rows({
+      {nary(kXPlus, {sym("a"), nary(kXTimes, {num("2"), sym("b")}), num("0")}), "a+2*b+0"},
+      {node(kXSubtract, {node(kXSubtract, {sym("a"), sym("b")}), sym("c")}), "(a-b)-c"},
+      {node(kXMinus, {node(kXPower, {sym("a"), num("2")})}), "-a^2"},
+      {node(kXFactorial, {sum}), "(a+b)!"},
+      {node(kDeriv, {mIntConst(3), sum}), "(a+b)'''"},
+      {node(kXUnset, {call("f", {x_})}), "f[x_]=."},
+      {node(kSetStatic, {sym("a"), num("1")}), "a:=1"},
+      {node(kSetOnce, {sym("a"), set}), "a:=(a=a+b)"},
+      {mSubstitute(sym("a"), sum), "a:==a+b"},
+      {mIndirect(call("f", {sym("i")}), sym("x")), "(f[i])=>x"},
+      {mXInequality(list({sum, less, num("0"), nary(kXEqual, {}), nary(kXOr, {sym("c"), sym("d")})})),
+       "a+b < 0 == (c||d)"},
+      {nary(kXCompoundExpression, {set, nary(kXCompoundExpression, {sym("a"), sym("b")})}), "a=a+b;\n(a;\nb)"},
+      {nary(kXCompoundExpression, {set}), "a=a+b"},
+      {nary(kXCompoundExpression, {}), ""},
+      {mXPut(set, mFilename("f")), "a=a+b>>\"f\""},
+      {mXPutAppend(mXPut(sym("a"), mFilename("f")), mFilename("g")), "(a>>\"f\")>>>\"g\""},
+      {mXGet(mFilename("f")), "<< \"f\""},
+      {mXTagSet(sym("t"), sum, set), "t/: a+b = a=a+b"},
+      {mXTagSetDelayed(sym("t"), sum, set), "t/: a+b := a=a+b"},
+      {mXTagUnset(sym("t"), sum), "t/: a+b =."},
+      {x_, "x_"},
+      {mXPattern(sym("x"), mBlankNullSequence(sym("Integer"))), "x___Integer"},
+      {mXPattern(sym("x"), mBlankSequence(sum)), "x__(a+b)"},
+      {mXPattern(sym("x"), mOptional(blank(), mEmpty())), "x_."},
+      {mXPattern(sym("x"), sum), "x:a+b"},
+      {mOptional(x_, num("1")), "x_."},
+      {mOptional(blank(), mEmpty()), "_."},
+      {mAlgAuxiliary(set), "a=a+b"},
+      {nary(kXTimes, {num("2"), mAlgAuxiliary(sum)}), "2*(a+b)"},
+      {nary(kXPlus, {sum}), "(a+b)"},  // a prefix plus prints as its operand
+      {nary(kXTimes, {num("2"), nary(kXPlus, {sym("a")})}), "2*a"},
+      {node(kXPower, {nary(kXPlus, {sym("a")}), num("2")}), "(a)^2"},
+  });
+}
+
+// An operator of this kind around an operand.
+tAsynt around(Asynt_tKind kind, tAsynt operand) {
+  const auto is = [=](Asynt_tKind family) { return kind >= family && kind <= Asynt_TypeRange[family]; };
+  if (kind == kXPut || kind == kXPutAppend) return node(kind, {operand, mFilename("f")});
+  if (kind == kDeriv) return node(kind, {mIntConst(1), operand});
+  if (kind == kXPart) return nary(kind, {operand, sym("b")});
+  if (kind == kIndirect) return node(kind, {operand, sym("b")});
+  if (kind == kXInequality) return mXInequality(list({sym("b"), nary(kXLess, {}), operand}));
+  if (is(kUnary)) return node(kind, {operand});
+  if (is(kVariadic)) return nary(kind, {sym("b"), operand});
+  return node(kind, {sym("b"), operand});
+}
+
+// Operators in ascending priority, next between two levels; neighbours within a level must bracket each other.
+TEST_F(UnparseTest, ParenthesesByPriority) {
+  constexpr Asynt_tKind next = kNoAsynt;
+  // clang-format off
+  const Asynt_tKind order[] = {
+      kXPut, kXPutAppend, next, kXSet, kXSetDelayed, kXUpSet, kXUpSetDelayed, kXUnset, kSetStatic, kSetOnce,
+      kSubstitute, next, kXFunction, next, kXAddTo, kXSubtractFrom, kXTimesBy, kXDivideBy, next, kXReplaceAll,
+      kXReplaceRepeated, next, kXRule, kXRuleDelayed, next, kXCondition, next, kXPattern, next, kXAlternatives,
+      next, kXRepeated, kXRepeatedNull, next, kXOr, next, kXAnd, next, kXNot, next, kXSameQ, kXUnsameQ, next,
+      kXEqual, kXUnequal, kXGreater, kXLess, kXGreaterEqual, kXLessEqual, kXInequality, next, kXPlus, kXSubtract,
+      next, kXTimes, next, kXDivide, next, kXMinus, next, kXPower, next, kXDot, next, kXNonCommutativeMultiply,
+      next, kXStringJoin, next, kDeriv, next, kXFactorial, kXFactorial2, next, kXMap, kXMapAll, kXApply, next,
+      kXIncrement, kXDecrement, kXPreIncrement, kXPreDecrement, next, kIndirect, kXPart, next, kXPatternTest};
+  // clang-format on
+  const auto bracketed = [](Asynt_tKind outer, Asynt_tKind inner) {
+    return std::string(unparse_string(around(outer, around(inner, sym("a"))))).find('(') != std::string::npos;
+  };
+  Asynt_tKind low = order[0];
+  for (size_t i = 1; i < std::size(order); i++) {
+    const bool same_level = order[i] != next;
+    if (!same_level) i++;
+    const Asynt_tKind high = order[i];
+    EXPECT_TRUE(bracketed(high, high) && bracketed(high, low)) << Asynt_NodeName(high);
+    EXPECT_EQ(same_level, bracketed(low, high)) << Asynt_NodeName(low) << " " << Asynt_NodeName(high);
+    low = high;
+  }
+}
+
+// Neighbours that the host would read as one operator or number are kept apart, others are not.
+TEST_F(UnparseTest, SignsThatWouldRunTogether) {
+  tAsynt minus_b = node(kXMinus, {sym("b")});
+  tAsynt dec_b = node(kXPreDecrement, {sym("b")});
+  tAsynt inc_b = node(kXPreIncrement, {sym("b")});
+  tAsynt factorial = node(kXFactorial, {sym("a")});
+  expect_rows({
+      {node(kXSubtract, {sym("a"), minus_b}), "a- -b"},
+      {node(kXSubtract, {sym("a"), mIntConst(-1)}), "a- -1"},
+      {node(kXSubtract, {sym("a"), nary(kXPlus, {dec_b})}), "a- --b"},
+      {node(kXMinus, {dec_b}), "- --b"},
+      {node(kXMinus, {minus_b}), "-(-b)"},
+      {node(kXMinus, {inc_b}), "-++b"},
+      {nary(kXPlus, {sym("a"), inc_b, minus_b, dec_b}), "a+ ++b+-b+--b"},
+      {nary(kXPlus, {node(kXIncrement, {sym("a")}), sym("b")}), "a+++b"},
+      {node(kXSubtract, {node(kXDecrement, {sym("a")}), sym("b")}), "a---b"},
+      {node(kXSet, {factorial, sym("b")}), "a! =b"},
+      {nary(kXUnequal, {factorial, sym("b")}), "a! !=b"},
+      {node(kXSet, {node(kXFactorial2, {sym("a")}), sym("b")}), "a!!=b"},
+      {node(kXSet, {sym("a"), real(".5")}), "a= .5"},
+      {node(kXSetDelayed, {sym("a"), real(".5")}), "a:=.5"},
+      {node(kXDivide, {sym("a"), real(".5")}), "a/ .5"},
+      {nary(kXTimes, {num("2"), real(".5")}), "2*.5"},
+      {nary(kXDot, {num("2"), sym("v"), num("3")}), "2 .v. 3"},
+      {node(kXRepeated, {num("1")}), "1 .."},
+      {node(kXRepeated, {blank()}), "_ .."},
+      {nary(kXDot, {mBlank(sym("h")), sym("v")}), "_h.v"},
+      {nary(kXLess, {sym("a"), mXGet(mFilename("f"))}), "a< << \"f\""},
+  });
+}
+
+TEST_F(UnparseTest, PackageWithIndentation) {
+  tAsynt external_function = node(kXSetDelayed, {call("g", {}), external()});
+  tAsynt module = mXModule(symbols({sym("u"), sym("v"), sym("w")}), list({num("1"), mEmpty(), sym("u")}),
+                           nary(kXCompoundExpression, {sym("u"), sym("v")}));
+  tAsynt part = mContext(path({sym("a")}, "p"), list({sym("z")}));
+  tAsynt bare = mContext(path({}, "b"), list({sym("this"), mComment("Instance body: ", "b")}));
+  tAsynt inner = mContext(path({}, "a"), list({mEmpty(), mComment("Class: ", "A"), external_function, sym("x"),
+                                               node(kXSetDelayed, {sym("f"), module}), hidden(), part}));
+  tAsynt needs = mFilename1(mFilename("Operators`"), mFilename1(mFilename("Iterators`"), mFilename0()));
+  tAsynt package = mPackage(sym("Tank"), needs, list({hidden(), sym("g"), sym("a"), inner, bare}));
+  const char* const text =
+      "BeginPackage[\"Tank`\", { \"Operators`\", \"Iterators`\" } ];\n"
+      "\n"
+      "  g;\n"
+      "  a;\n"
+      "  Begin[\"a`\"];\n"
+      "\n"
+      "    ;\n"
+      "    (* Class: A *)\n"
+      "    x;\n"
+      "    f:=(Module [ { u = 1,\n"
+      "      v,\n"
+      "      w = u },\n"
+      "      u;\n"
+      "      v]);\n"
+      "    Begin[\"a`p`\"];\n"
+      "\n"
+      "      z\n"
+      "\n"
+      "    End[]\n"
+      "\n"
+      "  End[];\n"
+      "  Begin[\"b`\"];\n"
+      "\n"
+      "    this;\n"
+      "    (* Instance body: b *)\n"
+      "  \n"
+      "\n"
+      "  End[]\n"
+      "EndPackage[];\n";
+  EXPECT_EQ(text, printed(unparse_filep, package));
+  EXPECT_EQ("Begin[\"b`\"];\n\nthis;\n(* Instance body: b *)\n\n\nEnd[]", printed(unparse_file, bare));
+  EXPECT_EQ("BeginPackage[\"m`\"];\n\n\nEndPackage[];\n",
+            printed(unparse_filep, mPackage(sym("m"), mFilename0(), mExpression0())));
+}
+
+TEST_F(UnparseTest, SkippedBrackets) {
+  tAsynt two = mComplexFFE(list({sym("j")}), call("a", {sym("i")}));
+  tAsynt nested = call("a", {call("b", {sym("i")})});
+  const struct {
+    tAsynt tree;
+    int count;
+    bool result;
+    const char* text;
+  } rows[] = {
+      {two, 0, true, "a[i][j]"},
+      {two, 1, true, "a[j]"},
+      {two, 2, true, "a"},
+      {two, 3, false, "a[i][j]"},
+      {sym("a"), 1, false, "a"},
+      {sym("a"), 0, true, "a"},
+      {nested, 1, true, "a]"},  // a group ends at its first
+                                // "]"
+      {nested, 2, false, "a[b[i]]"},
+  };
+  for (const auto& row : rows) {
+    std::string text;
+    EXPECT_EQ(row.result, unparse_and_skip_brackets(&text, row.tree, row.count));
+    EXPECT_EQ(row.text, text);
+  }
+}
+
+TEST_F(UnparseTest, LongListsAndPieces) {
+  constexpr int kItems = 1000000;
+  tAsynt items = mExpression0();
+  for (int i = 0; i < kItems; i++) items = mExpression1(num("7"), items);
+  std::string sum = "7";
+  for (int i = 1; i < kItems; i++) sum += "+7";
+  EXPECT_EQ(sum, unparse_string(node(kXPlus, {items})));
+  EXPECT_EQ(sum, printed(unparse_filep, node(kXPlus, {items})));
+  const std::string name(200000, 'n');
+  tAsynt names = call("f", {sym(name.c_str()), sym("x"), sym(name.c_str())});
+  EXPECT_EQ("f[" + name + ", x, " + name + "]", printed(unparse_file, names));
+  EXPECT_EQ("f[" + name + ", x, " + name + "]", unparse_string(names));
+}
+
+TEST_F(UnparseTest, DeepNesting) {
+#ifdef OZ_SANITIZE
+  constexpr int kLevels = 500;  // the sanitizers' frames are many times larger
+#else
+  constexpr int kLevels = 5000;  // of two operators each
+#endif
+  tAsynt t = sym("a");
+  std::string text = "a";
+  for (int i = 0; i < kLevels; i++) {
+    t = nary(kXTimes, {sym("b"), nary(kXPlus, {t, num("1")})});
+    text = "b*(" + text + "+1)";
+  }
+  EXPECT_EQ(text, unparse_string(t));
+}
+
+TEST_F(UnparseTest, StreamKeepsItsOrder) {
+  char* text = nullptr;
+  size_t size = 0;
+  FILE* f = open_memstream(&text, &size);
+  std::fputs("<", f);
+  unparse_file(f, sym("a"));
+  std::fputs("><", f);
+  unparse_filep(f, sym("b"));
+  std::fputs(">", f);
+  std::fclose(f);
+  EXPECT_STREQ("<a><b>", text);
+  std::free(text);
+}
+
+TEST_F(UnparseTest, FullDiskIsSeenByTheCaller) {
+  FILE* f = std::fopen("/dev/full", "w");
+  ASSERT_NE(nullptr, f);
+  unparse_file(f, sym(std::string(100000, 'n').c_str()));
+  EXPECT_TRUE(std::ferror(f) != 0 || std::fflush(f) != 0);
+  std::fclose(f);
+}
+
+// A mistake in the tree is fatal. What was printed before it has reached the stream, and the printer starts afresh.
+TEST_F(UnparseTest, MistakesInTheTree) {
+  tAsynt chain = list({sym("a"), nary(kXLess, {})});
+  tAsynt vars = symbols({sym("u"), sym("v")});
+  const struct {
+    tAsynt tree;
+    const char* message;
+  } rows[] = {
+      {mXInequality(chain), "Malformed inequality list: a;"},
+      {mXInequality(list({sym("a"), sym("b"), sym("c")})), "Malformed inequality list: a;"},
+      {mXModule(vars, list({num("1")}), sym("u")), "Bad input to Unparse_init_list"},
+      {mContext(sym("a"), sym("b")), "Impossible kind of node in Unparse_exprs = Symbol"},
+  };
+  for (const auto& row : rows) EXPECT_EXIT(unparse_string(row.tree), testing::ExitedWithCode(1), row.message);
+  const auto old_exit = Errors_Exit;
+  Errors_Exit = [] { throw std::runtime_error("fatal"); };
+  const auto print_and_catch = [](FILE* f, tAsynt t) { EXPECT_ANY_THROW(unparse_filep(f, t)); };
+  EXPECT_EQ("f[a < ", printed(print_and_catch, call("f", {mXInequality(chain)})));
+  Errors_Exit = old_exit;
+  EXPECT_STREQ("a", unparse_string(sym("a")));
+}
+
+}  // namespace
+}  // namespace oz
