@@ -13,6 +13,7 @@
 #include <cstring>
 
 #include "abbrev.h"
+#include "index.h"
 #include "ozerrors.h"
 
 namespace oz {
@@ -293,6 +294,11 @@ std::string ToLower(const char* inp) {
   for (char& c : copy)
     if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
   return copy;
+}
+
+string attribute_value(pointerToIndex attributes, const char* name) {
+  tAsynt* entries = lookup(attributes, name);
+  return entries && Asynt_IsType(entries[0], kStringConst) ? StringConst_Val(entries[0]) : nullptr;
 }
 
 // ---- expression lists

@@ -86,6 +86,9 @@ void foutput_operator(tAsynt op);
 std::string ToUpper(const char* inp);
 std::string ToLower(const char* inp);
 
+// The text of an attribute, or null if there is none or its value is no text.
+string attribute_value(pointerToIndex attributes, const char* name);
+
 // ---- expression lists
 
 // The last element of a list; what is no list is itself.
@@ -104,9 +107,6 @@ void funparse_pri(tAsynt t, int parent_pri);
 
 // Adds to the directive line that fmake_hpf_directives writes: opens it, or goes behind ", " if it has been begun.
 void foutput_directive(const char* d);
-
-// The text of an attribute, or null.
-string attribute_value(pointerToIndex attributes, const char* name);
 
 // The directive line of a variable of a type, from its attributes; nothing without attributes.
 void fmake_hpf_directives(tAsynt s, tAsynt typ, pointerToIndex attrs);

@@ -4,7 +4,6 @@
 //   !HPF$ dynamic, distribute (BLOCK) onto P :: x
 #include "sheepout_gen.h"
 
-#include "index.h"
 #include "sheepout.h"
 
 namespace oz {
@@ -54,11 +53,6 @@ void foutput_directive(const char* d) {
     foutput_hpf_directive();
   foutput(d);
   sep = true;
-}
-
-string attribute_value(pointerToIndex attributes, const char* name) {
-  tAsynt* entries = lookup(attributes, name);
-  return entries && Asynt_IsType(entries[0], kStringConst) ? StringConst_Val(entries[0]) : nullptr;
 }
 
 // A text given for the whole directive stands alone, and so does a template.

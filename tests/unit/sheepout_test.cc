@@ -5,6 +5,7 @@
 #include <climits>
 #include <string_view>
 
+#include "index.h"
 #include "output_stream.h"
 
 namespace oz {
@@ -168,6 +169,17 @@ TEST_F(SheepOut, Spellings) {
   EXPECT_STREQ("! ERROR: CBGET ", if_func_cbget[0]);
   EXPECT_STREQ("putNNNNint", if_func_put[17]);  // truth values of rank 4
   EXPECT_STREQ("getNNNNstr", if_func_get[25]);
+}
+
+TEST(SheepOutAttributes, TextValuesOnly) {
+  Index* attributes = make_index(linked_list, 1);
+  add_to_entry(attributes, mStringConst("first"), "align");
+  add_to_entry(attributes, mStringConst("second"), "align");
+  add_to_entry(attributes, mIntConst(1), "onto");
+  EXPECT_STREQ("first", attribute_value(attributes, "align"));
+  for (const char* name : {"onto", "unit"}) EXPECT_EQ(nullptr, attribute_value(attributes, name));
+  EXPECT_EQ(nullptr, attribute_value(nullptr, "align"));
+  delete_index(attributes);
 }
 
 TEST(SheepOutLists, LastAndTheOthers) {
