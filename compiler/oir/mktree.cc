@@ -203,7 +203,7 @@ void write_tables(FILE* c) {
       if (s)
         std::fprintf(c, "{\"%s\", FieldType::%s, 0}, ", f.name.c_str(), s->field_type);
       else
-        std::fprintf(c, "{\"%s\", FieldType::tree, k%s}, ", f.name.c_str(), f.type.c_str());
+        std::fprintf(c, "{\"%s\", FieldType::tree, %d}, ", f.name.c_str(), f.type == t ? 0 : number_of[f.type]);
     }
     std::fprintf(c, "};\n");
   }

@@ -36,7 +36,7 @@ enum class FieldType : uint8_t {
 struct TreeField {
   const char* name;
   FieldType type;
-  uint16_t kind;  // for a child: the kind that it must have, or a descendant of it
+  uint16_t kind;  // for a child: the kind that it must have, or a descendant of it; 0 for any tree
 };
 
 inline constexpr int kMaxChildren = 6;
