@@ -8,8 +8,8 @@
 //     p => f                 Indirect[p, "f"]
 //
 // A node of the source stays where it is or moves; wherever it is needed a second time a copy is made, so that later
-// passes, which visit a node once, meet every place. Forms made here are not walked again, nor is what they took over,
-// but for the right sides of once and static.
+// passes, which visit a node once, meet every place. A form in the value of a form is transformed too: p => f => g
+// becomes Indirect[Indirect[p, "f"], "g"].
 
 #include "ozt.h"
 
@@ -78,7 +78,8 @@ tAsynt funcall(tAsynt head, tAsynt args) {
 
 // exp = Array[oz$exp$C, {dims}]
 tAsynt ArrayConstructor(tAsynt exp, tAsynt dims) {
-  const tAsynt sizes = mXList(nowhere(), IntConsts2Expressions(CopyAsynt(dims)));
+  tAsynt sizes = mXList(nowhere(), IntConsts2Expressions(CopyAsynt(dims)));
+  ozt(&sizes);
   const tAsynt elements = SuffMangle(CopyAsynt(exp), "C");
   return mAlgAuxiliary(mXSet(nowhere(), exp, FFE2("Array", elements, sizes)));
 }
@@ -132,12 +133,14 @@ void transform_static(tAsynt* t) {
 }
 
 // lhs :== e. The value is defined under a name of its own, and Lookup finds it.
-tAsynt transform_substitute(tAsynt lhs, tAsynt e) {
+tAsynt transform_substitute(tAsynt t) {
   const tPosition position = scan_Attribute.Position;
+  ozt(&Substitute_RHS(t));
+  const tAsynt lhs = Substitute_LHS(t);
   const tAsynt mangled = SuffMangle(CopyAsynt(lhs), "P");
   tAsynt value = CopyAsynt(mangled);
   NukePatterns(&value);
-  const tAsynt definition = mXSetDelayed(mkNonConvPos(position), mangled, e);
+  const tAsynt definition = mXSetDelayed(mkNonConvPos(position), mangled, Substitute_RHS(t));
   const tAsynt access = mXSetDelayed(mkNonConvPos(position), FFE1("Lookup", lhs), value);
   return mXCompoundExpression(mkNonConvPos(position), list2(definition, access));
 }
@@ -215,8 +218,11 @@ void ozt(tAsynt* t) {
       case kSetStatic:
         if (!defined_symbol(Binary_LHS(*t))) break;
         return transform_static(t);
-      case kSubstitute: *t = transform_substitute(Substitute_LHS(*t), Substitute_RHS(*t)); return;
-      case kIndirect: *t = FFE2("Indirect", Indirect_Pointer(*t), Stringify(Indirect_Field(*t))); return;
+      case kSubstitute: *t = transform_substitute(*t); return;
+      case kIndirect:
+        ozt(&Indirect_Pointer(*t));
+        *t = FFE2("Indirect", Indirect_Pointer(*t), Stringify(Indirect_Field(*t)));
+        return;
       case kXModule:
         ozt(&XModule_Initializers(*t));
         t = &XModule_Body(*t);

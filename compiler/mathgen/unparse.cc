@@ -1,8 +1,8 @@
 // The source unparser: a tree as text in the notation of the model language and the host.
 //
 // Unparse prints declarations, symbol information, types and lists, Unparse_expr expressions. Operators and their
-// priorities come from operators.def: an operand stands in parentheses when its priority is not greater than that of
-// the operator around it, on either side:
+// priorities come from operator_name.def: an operand stands in parentheses when its priority is not greater than that
+// of the operator around it, on either side:
 //
 //   XSubtract(XSubtract(a, b), XTimes(c, d))      (a-b)-c*d
 //
@@ -32,14 +32,14 @@ constexpr std::array<uint8_t, kAsyntKinds> make_priorities() {
   table.fill(1);
 #define SPELT(kind, priority, spelling, clash) table[k##kind] = priority;
 #define PLAIN(kind, priority) table[k##kind] = priority;
-#include "operators.def"
+#include "operator_name.def"
   return table;
 }
 
 constexpr std::array<const char*, kAsyntKinds> make_clashes() {
   std::array<const char*, kAsyntKinds> table{};
 #define SPELT(kind, priority, spelling, clash) table[k##kind] = *clash ? clash : nullptr;
-#include "operators.def"
+#include "operator_name.def"
   return table;
 }
 

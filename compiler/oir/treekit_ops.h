@@ -32,8 +32,9 @@ struct TreeKit {
   bool known(const Node* t) const { return t->yyKind < schema.kind_count; }
   static Slot& child(Node* t, size_t slot) { return tree_raw_slot<Slot>(t, slot); }
   static Node* child(const Node* t, size_t slot) { return tree_raw_slot<Slot>(const_cast<Node*>(t), slot); }
+  // Whether a child is of the kind that its field declares; kind 0 stands for any tree.
   bool is_type(const Node* t, unsigned kind) const {
-    return t && t->yyKind >= kind && t->yyKind <= schema.kinds[kind].last;
+    return t && (kind == 0 || (t->yyKind >= kind && t->yyKind <= schema.kinds[kind].last));
   }
 
   // Counts the references into the tree: afterwards a node's mark is the number of places that point to it.
@@ -370,13 +371,15 @@ struct TreeKit {
     }
   }
 
-  std::vector<Node*> skipped{};  // nodes met in a subtree without calls that are referred to elsewhere too
+  // Nodes that can keep a mark when the walk is over: met in a subtree without calls and referred to elsewhere too, or
+  // below a node that was replaced.
+  std::vector<Node*> leftovers{};
 
   void traverse_td2(Slot* t, char (*proc)(Slot*)) {
     mark(*t);
     td2_marked(t, proc);
-    for (Node* s : skipped) clear(s);  // what a cycle or a skipped place still holds
-    skipped.clear();
+    for (Node* n : leftovers) clear(n);
+    leftovers.clear();
   }
 
   void td2_marked(Slot* where, char (*proc)(Slot*)) {
@@ -384,8 +387,12 @@ struct TreeKit {
       Node* before = *where;
       before->yyMark = 0;
       const bool descend = proc(where) != 0;
-      Node* t = *where;  // perhaps a replacement
-      if (!t) return;
+      Node* t = *where;
+      if (t != before) {
+        keep_children(before);
+        if (!t) return;
+        t->yyMark = 0;
+      }
       if (!descend) {
         skip_children(t);
         return;
@@ -417,8 +424,15 @@ struct TreeKit {
   bool count_down(Node* t) {
     if (!t || t->yyMark == 0) return false;
     if (--t->yyMark == 0) return true;
-    skipped.push_back(t);
+    leftovers.push_back(t);
     return false;
+  }
+
+  void keep_children(Node* t) {
+    if (!known(t)) return;
+    const TreeKind& k = kind_of(t);
+    for (int i = 0; i < k.child_count; i++)
+      if (child(t, k.children[i])) leftovers.push_back(child(t, k.children[i]));
   }
 
   // ---- lists

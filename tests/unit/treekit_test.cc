@@ -260,7 +260,7 @@ class RandomTree {
  private:
   // A descendant of the kind; near the bottom the one with the fewest children.
   unsigned choose(unsigned kind, int depth) {
-    if (kind == kAsynt) kind = kExpression;
+    if (kind == kNoAsynt) kind = kExpression;
     const unsigned last = Asynt_Schema.kinds[kind].last;
     unsigned best = kind + static_cast<unsigned>(random_() % (last - kind + 1));
     if (depth > 0) return best;

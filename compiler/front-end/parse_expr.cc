@@ -1,0 +1,503 @@
+// Expressions: operands by descent, operators by climbing over the table of their levels.
+//
+// climb(limit) reads an operand and then applies to it, one by one, all operators whose level is within the limit. A
+// right operand is read by climb with the limit of its operator, so that a tighter operator goes to it and a looser one
+// to the whole:
+//
+//   a + b * c      "+" has level 15, its right operand is climb(14), and "*" of level 14 goes to b
+//   a + b !        the right operand leaves "!" of level 18 alone: (a + b)!
+//
+// A prefix operator brings a limit of its own for its operand: -a ^ b is -(a ^ b), and in a . -b . c the second "."
+// goes to b. Behind the prefixed operand the limit of the place is back.
+
+#include <algorithm>
+
+#include "parse_rules.h"
+
+namespace oz::parsing {
+
+int nesting = 0;
+
+namespace {
+
+enum class Form : uint8_t {
+  none,  // no operator
+  context,
+  call,
+  part,
+  indirect,
+  postfix,
+  prefix_call,
+  infix_call,
+  left,
+  right,
+  derivative,
+  flat,
+  chain,
+  postfix_call,
+  substitute,
+  put,
+  compound
+};
+
+struct Operator {
+  uint8_t level;
+  Form form;
+  Asynt_tKind kind;
+};
+
+struct OperatorTable {
+  Operator of[kTokenCount];
+};
+
+constexpr OperatorTable make_operators() {
+  OperatorTable table{};
+  for (Operator& op : table.of) op = {UINT8_MAX, Form::none, kNoAsynt};
+#define OPERATOR(code, level, form, kind) table.of[tok##code] = {level, Form::form, k##kind};
+#include "precedence.def"
+#undef OPERATOR
+  return table;
+}
+
+constexpr OperatorTable kOperatorOf = make_operators();
+
+// Limits of operands that are not right operands: a whole expression, one that leaves ";" alone, the operand of prefix
+// "++" and "--", of prefix "-" and "+", of prefix "!", of id ":", of the definition of a tag.
+constexpr int kLoosest = 31;
+constexpr int kAboveSemicolon = 30;
+constexpr int kStepLimit = 3;
+constexpr int kSignLimit = 12;
+constexpr int kNotLimit = 18;
+constexpr int kNamedLimit = 22;
+constexpr int kTagLimit = 29;
+
+// Where an expression ends although the operator is within its limit: the middle of a ~ f ~ b, the left side of a
+// definition that belongs to a tag. Operands inside it know nothing of that.
+constexpr TokenSet kNowhere = tokens();
+constexpr TokenSet kAtTilde = tokens(tokTilde);
+constexpr TokenSet kAtAssignment = tokens(tokSet, tokSetDelayed, tokUnset);
+
+Operand climb(int limit, TokenSet stop = kNowhere);
+
+int deeper(const Operand& a, const Operand& b) { return std::max(a.depth, b.depth); }
+
+tAsynt one(tAsynt e) { return mExpression1(e, mExpression0()); }
+
+// string_or_id = string | id
+string string_or_id() {
+  at(need(tokens(tokString, tokId)));
+  if (token == tokString) return take(tokString).Text;
+  return NamedSymbol_Name(take(tokId).Symbol);
+}
+
+// message = id "::" string_or_id [ "::" string_or_id ]
+Operand message(tAsynt symbol) {
+  next();
+  const string tag = string_or_id();
+  string language = "";
+  at(may(tokTag));
+  if (token == tokTag) {
+    next();
+    language = string_or_id();
+  }
+  return node(mMessage(symbol, tag, language), 1);
+}
+
+// tag_definition = tag "/:" not_set_expr ( "=" expr | ":=" expr | "=." )
+Operand tag_definition(tAsynt tag) {
+  next();
+  Operand lhs;
+  {
+    Frame behind(may(kOperators) + need(kAtAssignment));
+    lhs = climb(kLoosest, kAtAssignment);
+  }
+  at(need(kAtAssignment));
+  if (token != tokSet && token != tokSetDelayed) {
+    take(tokUnset);
+    return node(mXTagUnset(tag, lhs.tree), lhs.depth);
+  }
+  const bool delayed = token == tokSetDelayed;
+  next();
+  const Operand rhs = climb(kTagLimit);
+  return node((delayed ? mXTagSetDelayed : mXTagSet)(tag, lhs.tree, rhs.tree), deeper(lhs, rhs));
+}
+
+Operand named_pattern(tAsynt name, const Operand& object) { return node(mXPattern(name, object.tree), object.depth); }
+
+// id_operand = id | message | id ":" expr | tag_definition | id pattern_foo
+Operand id_operand() {
+  const tAsynt symbol = symbol_of(take(tokId));
+  at(may(kIdTail));
+  switch (token) {
+    case tokTag: return message(symbol);
+    case tokTagSet: return tag_definition(symbol);
+    case tokColon: next(); return named_pattern(symbol, climb(kNamedLimit));
+    case tokBlank:
+    case tokBlankSequence:
+    case tokBlankNullSequence:
+    case tokOptionalBlank: return named_pattern(symbol, pattern_foo());
+    default: return leaf(symbol);
+  }
+}
+
+// A constant made from the text of its token.
+Operand constant(tAsynt (*make)(string)) { return leaf(make(take(token).Text)); }
+
+// Brackets around an operand list, the closing one not yet passed.
+Operands bracketed(const Rest& closing) {
+  next();
+  Frame behind(closing);
+  return expr_list();
+}
+
+// "(" expr ")" is the expression itself, so that (a+b)+c is one sum.
+Operand parenthesised() {
+  next();
+  Operand inner;
+  {
+    Frame behind(need(tokRParen));
+    inner = expr();
+  }
+  take(tokRParen, need(tokRParen));
+  return inner;
+}
+
+// list = "{" expr_list "}"
+Operand list() {
+  const Operands items = bracketed(need(tokRBrace));
+  take(tokRBrace);
+  return node(make_list(kXList, items.list), items.depth);
+}
+
+// get = "<<" string_or_id
+Operand get() {
+  next();
+  return node(mXGet(mFilename(string_or_id())), 1);
+}
+
+// A prefix operator and its operand.
+Operand prefixed(Asynt_tKind kind, int limit) {
+  next();
+  const Operand e = climb(limit);
+  return node(make_unary(kind, e.tree), e.depth);
+}
+
+// "+" expr is a sum of one operand.
+Operand prefix_plus() {
+  next();
+  const Operand e = climb(kSignLimit);
+  const tAsynt cell = one(e.tree);
+  Operand sum = node(make_list(kXPlus, cell), e.depth);
+  sum.last = cell;
+  return sum;
+}
+
+// slot = "#" [ integer ] | "##" [ integer ]
+Operand slot() {
+  const bool sequence = token == tokSlotSequence;
+  next();
+  at(may(tokInteger));
+  const int number = token == tokInteger ? atoi_and_free(take(tokInteger).Text) : 1;
+  return leaf(sequence ? mSlotSequence(number) : mSlot(number));
+}
+
+// unset = "set" expr "=."
+Operand unset() {
+  next();
+  Operand e;
+  {
+    Frame behind(need(tokUnset));
+    e = expr();
+  }
+  take(tokUnset, need(tokUnset));
+  return node(make_unary(kXUnset, e.tree), e.depth);
+}
+
+constexpr Rest kModuleBody = kExpr + need(tokRBracket);
+constexpr Rest kModuleVars = may(kVarStart) + need(tokRBrace) + need(tokComma) + kModuleBody;
+
+// module = ( "Module" | "Block" ) "[" "{" local_vars "}" "," expr "]"
+Operand module() {
+  const bool block = token == tokKeyBlock;
+  next();
+  take(tokLBracket, need(tokLBracket) + need(tokLBrace) + kModuleVars);
+  take(tokLBrace, need(tokLBrace) + kModuleVars);
+  tAsynt symbols;
+  Operands values;
+  {
+    Frame behind(need(tokRBrace) + need(tokComma) + kModuleBody);
+    local_vars(&symbols, &values);
+  }
+  take(tokRBrace);
+  take(tokComma, need(tokComma) + kModuleBody);
+  Operand body;
+  {
+    Frame behind(need(tokRBracket));
+    body = expr();
+  }
+  take(tokRBracket);
+  const int depth = std::max(values.depth, body.depth + 1);
+  const tAsynt all = make_array_decls(symbols, body.tree);
+  return node((block ? mXBlock : mXModule)(symbols, values.list, all), depth);
+}
+
+// context_elem = id { "[" expr_list "]" }
+Operand context_elem() {
+  Operand e = leaf(symbol_of(take(tokId, need(tokId) + may(tokens(tokLBracket, tokBackquote)))));
+  for (;;) {
+    at(may(tokens(tokLBracket, tokBackquote)));
+    if (token != tokLBracket) return e;
+    const Operands args = bracketed(need(tokRBracket) + may(tokens(tokLBracket, tokBackquote)));
+    take(tokRBracket);
+    e = node(make_funcall(e.tree, args.list), std::max(e.depth, args.depth));
+  }
+}
+
+// context_exprs = [ expr ] "`" context_elems
+// context_elems = context_elem { "`" context_elem }
+// The expression in front, if there is one, is the first element.
+Operand context_exprs(const Operand* front) {
+  List elements;
+  int depth = 0;
+  if (front) {
+    append(&elements, mExpression1(front->tree, nullptr));
+    depth = front->depth;
+  }
+  do {
+    next();
+    const Operand e = context_elem();
+    append(&elements, mExpression1(e.tree, nullptr));
+    depth = std::max(depth, e.depth);
+  } while (token == tokBackquote);
+  return node(make_full_symbol(finish(&elements, mExpression0())), depth);
+}
+
+// An operand: everything that can begin an expression, up to the first operator behind it.
+Operand operand() {
+  at(kOperand);
+  switch (token) {
+    case tokInteger: return constant(mExactIntConst);
+    case tokReal: return constant(mExactRealConst);
+    case tokString: return constant(mStringConst);
+    case tokLParen: return parenthesised();
+    case tokLBrace: return list();
+    case tokGet: return get();
+    case tokIncrement: return prefixed(kXPreIncrement, kStepLimit);
+    case tokDecrement: return prefixed(kXPreDecrement, kStepLimit);
+    case tokMinus: return prefixed(kXMinus, kSignLimit);
+    case tokPlus: return prefix_plus();
+    case tokNot: return prefixed(kXNot, kNotLimit);
+    case tokBackquote: return context_exprs(nullptr);
+    case tokKeyThis: next(); return leaf(mThis());
+    case tokSlot:
+    case tokSlotSequence: return slot();
+    case tokKeyModule:
+    case tokKeyBlock: return module();
+    case tokKeySet: return unset();
+    case tokBlank:
+    case tokBlankSequence:
+    case tokBlankNullSequence:
+    case tokOptionalBlank: return pattern_foo();
+    default: return id_operand();  // a missing operand becomes an id
+  }
+}
+
+Operand call(const Operand& fun) {
+  const Operands args = bracketed(need(tokRBracket));
+  take(tokRBracket);
+  return node(make_funcall(fun.tree, args.list), std::max(fun.depth, args.depth));
+}
+
+Operand part(const Operand& lhs) {
+  const Operands subscripts = bracketed(need(tokRBracket) + need(tokRBracket));
+  take(tokRBracket);
+  take(tokRBracket, need(tokRBracket));
+  return make_part(lhs, subscripts);
+}
+
+// expr "=>" id
+Operand indirect(const Operand& pointer) {
+  next();
+  return node(mIndirect(pointer.tree, symbol_of(take(tokId, need(tokId)))), pointer.depth);
+}
+
+// f @ x is f[x], x // f too.
+Operand applied(const Operand& fun, const Operand& arg) {
+  return node(make_funcall(fun.tree, one(arg.tree)), deeper(fun, arg));
+}
+
+// a ~ f ~ b is f[a, b]. A "~" that the middle meets at its own level ends it.
+Operand infix_call(const Operand& a, int level) {
+  next();
+  Operand fun;
+  {
+    Frame behind(may(kOperators) + need(tokTilde) + kOperand);
+    fun = climb(kLoosest, kAtTilde);
+  }
+  take(tokTilde, need(tokTilde) + kOperand);
+  const Operand b = climb(level - 1);
+  const tAsynt args = mExpression1(a.tree, one(b.tree));
+  return node(make_funcall(fun.tree, args), std::max(fun.depth, deeper(a, b)));
+}
+
+// ineqs = ineq { ineq }; ineq = ( "==" | "!=" | ">" | ">=" | "<" | "<=" ) expr
+// An operator's node stands at the place behind its right operand.
+Operand chain(const Operand& first, int level) {
+  List items;
+  int depth = first.depth;
+  append(&items, mExpression1(first.tree, nullptr));
+  while (kOperatorOf.of[token].level == level) {
+    const Asynt_tKind kind = kOperatorOf.of[token].kind;
+    next();
+    const Operand e = climb(level - 1);
+    append(&items, mExpression1(make_list(kind, mExpression0()), nullptr));
+    append(&items, mExpression1(e.tree, nullptr));
+    depth = std::max(depth, e.depth);
+  }
+  return node(mXInequality(finish(&items, mExpression0())), depth);
+}
+
+// expr ( ">>" | ">>>" ) string_or_id
+Operand put(const Operand& e) {
+  const bool appended = token == tokPutAppend;
+  next();
+  const tAsynt file = mFilename(string_or_id());
+  return node((appended ? mXPutAppend : mXPut)(e.tree, file), e.depth);
+}
+
+// expr ";" [ expr ]: a ";" with nothing behind it leaves no trace.
+Operand compound(const Operand& lhs, int level) {
+  next();
+  at(may(kExprStart));
+  return kExprStart.has(token) ? make_variadic(kXCompoundExpression, lhs, climb(level - 1)) : lhs;
+}
+
+Operand binary(const Operator& op, const Operand& lhs, int limit) {
+  next();
+  const Operand rhs = climb(limit);
+  if (op.form == Form::flat) return make_variadic(op.kind, lhs, rhs);
+  return node(make_binary(op.kind, lhs.tree, rhs.tree), deeper(lhs, rhs));
+}
+
+Operand substitute(const Operand& lhs, int level) {
+  next();
+  const Operand rhs = climb(level);
+  return node(mSubstitute(lhs.tree, rhs.tree), deeper(lhs, rhs));
+}
+
+Operand postfix(const Operator& op, const Operand& e) {
+  next();
+  return node(make_unary(op.kind, e.tree), e.depth);
+}
+
+Operand derivative(const Operand& e) {
+  next();
+  return make_derivative(e);
+}
+
+Operand prefix_call(const Operand& fun, int level) {
+  next();
+  return applied(fun, climb(level));
+}
+
+Operand postfix_call(const Operand& arg, int level) {
+  next();
+  return applied(climb(level - 1), arg);
+}
+
+// The operator at hand with its left operand.
+Operand apply(const Operator& op, const Operand& lhs) {
+  switch (op.form) {
+    case Form::context: return context_exprs(&lhs);
+    case Form::call: return call(lhs);
+    case Form::part: return part(lhs);
+    case Form::indirect: return indirect(lhs);
+    case Form::postfix: return postfix(op, lhs);
+    case Form::prefix_call: return prefix_call(lhs, op.level);
+    case Form::infix_call: return infix_call(lhs, op.level);
+    case Form::left:
+    case Form::flat: return binary(op, lhs, op.level - 1);
+    case Form::right: return binary(op, lhs, op.level);
+    case Form::derivative: return derivative(lhs);
+    case Form::chain: return chain(lhs, op.level);
+    case Form::postfix_call: return postfix_call(lhs, op.level);
+    case Form::substitute: return substitute(lhs, op.level);
+    case Form::put: return put(lhs);
+    case Form::compound: return compound(lhs, op.level);
+    case Form::none: break;
+  }
+  return lhs;
+}
+
+Operand climb(int limit, TokenSet stop) {
+  Nest level;
+  Operand e = operand();
+  for (;;) {
+    at(kNothing);
+    const Operator& op = kOperatorOf.of[token];
+    if (op.level > limit || stop.has(token)) return e;
+    e = apply(op, e);
+  }
+}
+
+// The head of a blank takes everything that can be an expression, also across ";".
+Operand blank(int code, tAsynt (*make)(tAsynt)) {
+  take(code);
+  at(may(kExprStart));
+  if (!kExprStart.has(token)) return node(make(mEmpty()), 1);
+  const Operand head = expr();
+  return node(make(head.tree), head.depth);
+}
+
+}  // namespace
+
+Operand expr() {
+  Frame behind(may(kOperators));
+  return climb(kLoosest);
+}
+
+Operand tight_expr() {
+  Frame behind(may(kTightOperators));
+  return climb(kAboveSemicolon);
+}
+
+// expr_list = [ expr { "," expr } ]
+Operands expr_list() {
+  List list;
+  int depth = 0;
+  at(may(kExprStart));
+  bool more = kExprStart.has(token);
+  while (more) {
+    Operand e;
+    {
+      Frame behind(may(kOperators) + may(tokComma));
+      e = climb(kLoosest);
+    }
+    append(&list, mExpression1(e.tree, nullptr));
+    depth = std::max(depth, e.depth);
+    more = token == tokComma;
+    if (more) next();
+  }
+  return {finish(&list, mExpression0()), depth};
+}
+
+// pattern_foo = "_" [ expr ] | "__" [ expr ] | "___" [ expr ] | "_."
+Operand pattern_foo() {
+  switch (token) {
+    case tokBlankSequence: return blank(token, mBlankSequence);
+    case tokBlankNullSequence: return blank(token, mBlankNullSequence);
+    case tokOptionalBlank: next(); return node(mOptional(mBlank(mEmpty()), mEmpty()), 1);
+    default: return blank(tokBlank, mBlank);
+  }
+}
+
+// pattern = [ id ] pattern_foo
+Operand pattern() {
+  at(kPattern);
+  if (token != tokId) return pattern_foo();
+  const tAsynt name = symbol_of(take(tokId));
+  at(need(kBlanks) + may(kExprStart));
+  return named_pattern(name, pattern_foo());
+}
+
+}  // namespace oz::parsing
