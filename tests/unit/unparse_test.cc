@@ -4,23 +4,19 @@
 #include "unparse.h"
 
 #include <gtest/gtest.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <initializer_list>
 #include <iterator>
-#include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Asynt.h"
-#include "Errors.h"
-#include "operator_name.h"
+#include "fatal_text.h"
+#include "model_text.h"
 #include "oz.h"
-#include "parse.h"
-#include "scan.h"
 #include "tree_text.h"
 
 namespace oz {
@@ -60,31 +56,20 @@ tAsynt hidden() { return mNonAlgAuxiliary(sym("unseen")); }
 
 tAsynt external() { return mExternalDeclaration("pre", "ctx", "C", mExternalFunctionReturns(), mParameterspec0()); }
 
-struct UnparseTest : testing::Test {
-  UnparseTest() {
-    bigbuf_init();
-    init_operator_name();
+struct UnparseTest : ModelText {
+  static tAsynt expression(const std::string& text) {
+    return Binary_RHS(Particle1_Particle(Model_Globals(parsed("x := (" + text + ");"))));
+  }
+
+  // The text is as given, and reads as the same tree again.
+  static void expect_to_read_again(const std::vector<std::pair<const char*, const char*>>& rows) {
+    for (const auto& [source, text] : rows) {
+      tAsynt tree = expression(source);
+      EXPECT_STREQ(text, unparse_string(tree));
+      EXPECT_EQ(tree_text(tree), tree_text(expression(text))) << text;
+    }
   }
 };
-
-// What the parser makes of a model.
-tAsynt parsed_model(const std::string& model) {
-  const int file = memfd_create("model", MFD_CLOEXEC);
-  EXPECT_EQ(static_cast<ssize_t>(model.size()), write(file, model.data(), model.size()));
-  init_oz_index();
-  scan_BeginScanner();
-  scan_BeginFile(("/proc/self/fd/" + std::to_string(file)).c_str());
-  EXPECT_EQ(0, parse()) << model;
-  Closeparse();
-  scan_CloseScanner();
-  close(file);
-  return model_tree;
-}
-
-tAsynt parsed(const std::string& expression) {
-  tAsynt definition = Particle1_Particle(Model_Globals(parsed_model("model m; x := (" + expression + ");")));
-  return Binary_RHS(definition);
-}
 
 struct Row {
   tAsynt tree;
@@ -95,22 +80,8 @@ void expect_rows(const std::vector<Row>& rows) {
   for (const Row& row : rows) EXPECT_STREQ(row.text, unparse_string(row.tree));
 }
 
-struct SourceRow {
-  const char* source;
-  const char* text;
-};
-
-// The text is as given, and reads as the same tree again.
-void expect_to_read_again(const std::vector<SourceRow>& rows) {
-  for (const SourceRow& row : rows) {
-    tAsynt tree = parsed(row.source);
-    EXPECT_STREQ(row.text, unparse_string(tree));
-    EXPECT_EQ(tree_text(tree), tree_text(parsed(row.text))) << row.text;
-  }
-}
-
 // What one of the stream printers writes.
-std::string printed(void (*print)(FILE*, tAsynt), tAsynt tree) {
+std::string text_of(void (*print)(FILE*, tAsynt), tAsynt tree) {
   char* text = nullptr;
   size_t size = 0;
   FILE* f = open_memstream(&text, &size);
@@ -122,8 +93,8 @@ std::string printed(void (*print)(FILE*, tAsynt), tAsynt tree) {
 }
 
 TEST_F(UnparseTest, Declarations) {
-  tAsynt model = parsed_model(
-      "model m; packages \"A`\", \"B`\"; g := 1; real k;"
+  tAsynt model = parsed(
+      "packages \"A`\", \"B`\"; g := 1; real k;"
       "class A(p, q) inherits B(2, 0), C part w[i, j] inherits D(i); part v inherits D; hide {g}: x; y := 1; end;"
       "class B end; instance a expose: static z := 2; once o := 3; end a; instance s[i] inherits A(i, 2) end;");
   EXPECT_STREQ(
@@ -362,10 +333,10 @@ TEST_F(UnparseTest, PackageWithIndentation) {
       "\n"
       "  End[]\n"
       "EndPackage[];\n";
-  EXPECT_EQ(text, printed(unparse_filep, package));
-  EXPECT_EQ("Begin[\"b`\"];\n\nthis;\n(* Instance body: b *)\n\n\nEnd[]", printed(unparse_file, bare));
+  EXPECT_EQ(text, text_of(unparse_filep, package));
+  EXPECT_EQ("Begin[\"b`\"];\n\nthis;\n(* Instance body: b *)\n\n\nEnd[]", text_of(unparse_file, bare));
   EXPECT_EQ("BeginPackage[\"m`\"];\n\n\nEndPackage[];\n",
-            printed(unparse_filep, mPackage(sym("m"), mFilename0(), mExpression0())));
+            text_of(unparse_filep, mPackage(sym("m"), mFilename0(), mExpression0())));
 }
 
 TEST_F(UnparseTest, SkippedBrackets) {
@@ -401,10 +372,10 @@ TEST_F(UnparseTest, LongListsAndPieces) {
   std::string sum = "7";
   for (int i = 1; i < kItems; i++) sum += "+7";
   EXPECT_EQ(sum, unparse_string(node(kXPlus, {items})));
-  EXPECT_EQ(sum, printed(unparse_filep, node(kXPlus, {items})));
+  EXPECT_EQ(sum, text_of(unparse_filep, node(kXPlus, {items})));
   const std::string name(200000, 'n');
   tAsynt names = call("f", {sym(name.c_str()), sym("x"), sym(name.c_str())});
-  EXPECT_EQ("f[" + name + ", x, " + name + "]", printed(unparse_file, names));
+  EXPECT_EQ("f[" + name + ", x, " + name + "]", text_of(unparse_file, names));
   EXPECT_EQ("f[" + name + ", x, " + name + "]", unparse_string(names));
 }
 
@@ -449,21 +420,16 @@ TEST_F(UnparseTest, FullDiskIsSeenByTheCaller) {
 TEST_F(UnparseTest, MistakesInTheTree) {
   tAsynt chain = list({sym("a"), nary(kXLess, {})});
   tAsynt vars = symbols({sym("u"), sym("v")});
-  const struct {
-    tAsynt tree;
-    const char* message;
-  } rows[] = {
-      {mXInequality(chain), "Malformed inequality list: a;"},
-      {mXInequality(list({sym("a"), sym("b"), sym("c")})), "Malformed inequality list: a;"},
-      {mXModule(vars, list({num("1")}), sym("u")), "Bad input to Unparse_init_list"},
-      {mContext(sym("a"), sym("b")), "Impossible kind of node in Unparse_exprs = Symbol"},
+  const Row rows[] = {
+      {mXInequality(chain), "   0,  0: Fatal       Malformed inequality list: a;\n\n"},
+      {mXInequality(list({sym("a"), sym("b"), sym("c")})),
+       "   0,  0: Fatal       Malformed inequality list: a;\nb;\nc\n"},
+      {mXModule(vars, list({num("1")}), sym("u")), "   0,  0: Fatal       Bad input to Unparse_init_list\n"},
+      {mContext(sym("a"), sym("b")), "   0,  0: Fatal       Impossible kind of node in Unparse_exprs = Symbol\n"},
   };
-  for (const auto& row : rows) EXPECT_EXIT(unparse_string(row.tree), testing::ExitedWithCode(1), row.message);
-  const auto old_exit = Errors_Exit;
-  Errors_Exit = [] { throw std::runtime_error("fatal"); };
-  const auto print_and_catch = [](FILE* f, tAsynt t) { EXPECT_ANY_THROW(unparse_filep(f, t)); };
-  EXPECT_EQ("f[a < ", printed(print_and_catch, call("f", {mXInequality(chain)})));
-  Errors_Exit = old_exit;
+  for (const Row& row : rows) EXPECT_EQ(row.text, message_of([&] { unparse_string(row.tree); }));
+  const auto print_and_fail = [](FILE* f, tAsynt t) { message_of([=] { unparse_filep(f, t); }); };
+  EXPECT_EQ("f[a < ", text_of(print_and_fail, call("f", {mXInequality(chain)})));
   EXPECT_STREQ("a", unparse_string(sym("a")));
 }
 
