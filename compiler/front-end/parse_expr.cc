@@ -54,7 +54,7 @@ constexpr OperatorTable make_operators() {
   OperatorTable table{};
   for (Operator& op : table.of) op = {UINT8_MAX, Form::none, kNoAsynt};
 #define OPERATOR(code, level, form, kind) table.of[tok##code] = {level, Form::form, k##kind};
-#include "operators.def"
+#include "precedence.def"
 #undef OPERATOR
   return table;
 }

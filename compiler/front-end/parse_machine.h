@@ -33,7 +33,7 @@ constexpr TokenSet without(TokenSet a, int token) {
 template <typename... T>
 constexpr TokenSet tokens(T... codes) {
   TokenSet set{};
-  for (int code : {int{codes}...}) set.bits[code >> 6] |= uint64_t{1} << (code & 63);
+  ((set.bits[codes >> 6] |= uint64_t{1} << (codes & 63)), ...);
   return set;
 }
 

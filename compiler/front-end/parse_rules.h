@@ -22,7 +22,7 @@ inline constexpr TokenSet kIdTail = kBlanks | tokens(tokTag, tokColon, tokTagSet
 // What can follow an operand: all operators; all but the ";" that closes a definition.
 inline constexpr TokenSet kOperators = tokens()
 #define OPERATOR(code, level, form, kind) | tokens(tok##code)
-#include "operators.def"
+#include "precedence.def"
 #undef OPERATOR
     ;
 inline constexpr TokenSet kTightOperators = without(kOperators, tokSemicolon);

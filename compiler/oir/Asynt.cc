@@ -22,6 +22,7 @@ tAsynt AsyntRoot = nullptr;
 
 namespace {
 
+#ifndef OZ_SANITIZE
 constexpr size_t kPoolSize = 20480;
 char* yyBlockList = nullptr;  // chain of pools, linked in the word behind the nodes
 
@@ -31,6 +32,7 @@ size_t max_node_size() {
     if (Asynt_NodeSize(static_cast<unsigned>(k)) > size) size = Asynt_NodeSize(static_cast<unsigned>(k));
   return size;
 }
+#endif
 
 tAsynt alloc_for_copy(size_t size) { return Asynt_NewRaw(0, (size - sizeof(TreeNode)) / 8); }
 

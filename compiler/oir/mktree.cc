@@ -150,8 +150,8 @@ void write_accessors(FILE* h, const Kind& k, int number) {
   for (const Field& f : k.own) {
     const std::string type = cpp_type(f.type);
     std::fprintf(h,
-                 "inline %s& %s_%s(t%s t, std::source_location at = std::source_location::current()) {\n"
-                 "  return tree_slot<%s>(t, %d, %d, %d, at);\n}\n",
+                 "inline %s& %s_%s(t%s t, const char* file = __builtin_FILE(), int line = __builtin_LINE()) {\n"
+                 "  return tree_slot<%s>(t, %d, %d, %d, file, line);\n}\n",
                  type.c_str(), k.name.c_str(), f.name.c_str(), tree_name.c_str(), type.c_str(), number, k.last, slot);
     slot++;
   }

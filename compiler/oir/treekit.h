@@ -9,7 +9,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <source_location>
 
 #include "Positions.h"
 #include "treefwd.h"
@@ -66,13 +65,13 @@ inline T& tree_raw_slot(Node* t, size_t slot) {
 }
 
 // The internal-error exit of a field access to a null node or to a node of the wrong kind.
-[[noreturn, gnu::cold]] void tree_access_failure(std::source_location at);
+[[noreturn, gnu::cold]] void tree_access_failure(const char* file, int line);
 
 // The slot of a field; the node's kind must lie in first..last. The check stays in release builds.
 template <typename T, typename Node>
-inline T& tree_slot(Node* t, unsigned first, unsigned last, size_t slot, std::source_location at) {
+inline T& tree_slot(Node* t, unsigned first, unsigned last, size_t slot, const char* file, int line) {
   if (t == nullptr || t->yyKind - first > last - first) [[unlikely]]
-    tree_access_failure(at);
+    tree_access_failure(file, line);
   return tree_raw_slot<T>(t, slot);
 }
 

@@ -24,8 +24,10 @@ namespace {
 
 FILE* const nowhere = std::fopen("/dev/null", "w");
 
-void check_tree() {
-  if (!AsyntMarksAreZero(model_tree) || !CheckAsynt(model_tree) || !AsyntMarksAreZero(model_tree)) std::abort();
+void check_tree(const char* pass) {
+  if (AsyntMarksAreZero(model_tree) && CheckAsynt(model_tree) && AsyntMarksAreZero(model_tree)) return;
+  std::fprintf(stderr, "the tree is broken behind %s\n", pass);
+  std::abort();
 }
 
 void front_half(const char* input) {
@@ -36,18 +38,18 @@ void front_half(const char* input) {
   init_oz_index();
   parse();
   Closeparse();
-  check_tree();
+  check_tree("parse");
   init_env();
   init_operator_name();
   Qualify(&model_tree);
-  check_tree();
+  check_tree("Qualify");
   ozt(&model_tree);
-  check_tree();
+  check_tree("ozt");
   tIndex instances = nullptr;
   unroll(&model_tree, &instances);
-  check_tree();
+  check_tree("unroll");
   flatten(&model_tree);
-  check_tree();
+  check_tree("flatten");
   unparse_filep(nowhere, model_tree);
   scan_CloseScanner();
 }
