@@ -140,6 +140,17 @@ struct TreeKit {
 
   // ---- check
 
+  // Whether a node's kind is known and its children are of the kinds that their fields declare.
+  bool node_is_good(const Node* t) const {
+    if (!known(t)) return false;
+    const TreeKind& k = kind_of(t);
+    for (int i = 0; i < k.child_count; i++) {
+      const size_t slot = k.children[i];
+      if (!is_type(child(t, slot), k.fields[slot].kind)) return false;
+    }
+    return true;
+  }
+
   bool check(Node* t) {
     mark(t);
     return check_marked(t);
