@@ -173,8 +173,9 @@ TEST_F(Names, LongChainsOfClasses) {
   std::string text;
   for (int i = 0; i < kLength; i++) {
     const std::string n = std::to_string(i);
-    text += "class C" + n + (i + 1 < kLength ? " inherits C" + std::to_string(i + 1) : "") + " hide: real x" + n +
-            "; end;\n";
+    text += "class C" + n;
+    if (i + 1 < kLength) text += " inherits C" + std::to_string(i + 1);
+    text += " hide: real x" + n + "; end;\n";
   }
   qualified(text);
   EXPECT_NE(nullptr, type_of_local("C0", "x99999"));
@@ -188,6 +189,7 @@ TEST(SymbolTables, UniteLikeMaps) {
   std::mt19937 random(1);
   SymtabPool pool;
   std::vector<tAsynt> symbols;
+  symbols.reserve(60);
   for (int i = 0; i < 60; i++)
     symbols.push_back(mSimpleSymbol(mNoType(), NoPosition, (new std::string(std::to_string(i % 40)))->c_str()));
   const auto hash = [](tAsynt s) {
