@@ -74,24 +74,36 @@ apt_get() {
   fi </dev/null >/dev/null 2>&1
 }
 
+# Whether there is a chance to install anything.
+can_install() {
+  has apt-get && { [ "$(id -u)" = 0 ] || has sudo; }
+}
+
 # Installs packages. A fresh machine has no package lists, so they are fetched when the first attempt fails.
 install_packages() {
-  has apt-get || return 1
   apt_get -y --no-install-recommends install "$@" && return 0
   apt_get update || true
   apt_get -y --no-install-recommends install "$@"
 }
 
+# What several groups lack, on one line.
+missing_packages() {
+  local group
+  for group in "$@"; do lacking "$group"; done | sort -u | paste -s -d ' '
+}
+
 # Everything that the groups lack, installed; the script ends with status 1 if something is missing afterwards.
 need() {
-  local group missing
-  missing=$(for group in "$@"; do lacking "$group"; done | sort -u | tr '\n' ' ')
+  local missing
+  missing=$(missing_packages "$@")
   [ -z "$missing" ] && return 0
-  echo "Installing: $missing"
-  # shellcheck disable=SC2086
-  install_packages $missing
-  missing=$(for group in "$@"; do lacking "$group"; done | sort -u | tr '\n' ' ')
-  [ -z "$missing" ] && return 0
+  if can_install; then
+    echo "Installing: $missing"
+    # shellcheck disable=SC2086
+    install_packages $missing
+    missing=$(missing_packages "$@")
+    [ -z "$missing" ] && return 0
+  fi
   echo "These packages are missing and cannot be installed: $missing" >&2
   exit 1
 }
