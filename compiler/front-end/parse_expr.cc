@@ -20,46 +20,14 @@ int nesting = 0;
 
 namespace {
 
-enum class Form : uint8_t {
-  none,  // no operator
-  context,
-  call,
-  part,
-  indirect,
-  postfix,
-  prefix_call,
-  infix_call,
-  left,
-  right,
-  derivative,
-  flat,
-  chain,
-  postfix_call,
-  substitute,
-  put,
-  compound
-};
-
+// An operator behind an operand. apply starts at its token.
 struct Operator {
   uint8_t level;
-  Form form;
+  Operand (*apply)(const Operator& op, const Operand& lhs);
   Asynt_tKind kind;
 };
 
-struct OperatorTable {
-  Operator of[kTokenCount];
-};
-
-constexpr OperatorTable make_operators() {
-  OperatorTable table{};
-  for (Operator& op : table.of) op = {UINT8_MAX, Form::none, kNoAsynt};
-#define OPERATOR(code, level, form, kind) table.of[tok##code] = {level, Form::form, k##kind};
-#include "precedence.def"
-#undef OPERATOR
-  return table;
-}
-
-constexpr OperatorTable kOperatorOf = make_operators();
+const Operator& operator_of(int code);
 
 // Limits of operands that are not right operands: a whole expression, one that leaves ";" alone, the operand of prefix
 // "++" and "--", of prefix "-" and "+", of prefix "!", of id ":", of the definition of a tag.
@@ -139,9 +107,6 @@ Operand id_operand() {
     default: return leaf(symbol);
   }
 }
-
-// A constant made from the text of its token.
-Operand constant(tAsynt (*make)(string)) { return leaf(make(take(token).Text)); }
 
 // Brackets around an operand list, the closing one not yet passed.
 Operands bracketed(const Rest& closing) {
@@ -272,43 +237,62 @@ Operand context_exprs(const Operand* front) {
   return node(make_full_symbol(finish(&elements, mExpression0())), depth);
 }
 
-// An operand: everything that can begin an expression, up to the first operator behind it.
-Operand operand() {
-  at(kOperand);
-  switch (token) {
-    case tokInteger: return constant(mExactIntConst);
-    case tokReal: return constant(mExactRealConst);
-    case tokString: return constant(mStringConst);
-    case tokLParen: return parenthesised();
-    case tokLBrace: return list();
-    case tokGet: return get();
-    case tokIncrement: return prefixed(kXPreIncrement, kStepLimit);
-    case tokDecrement: return prefixed(kXPreDecrement, kStepLimit);
-    case tokMinus: return prefixed(kXMinus, kSignLimit);
-    case tokPlus: return prefix_plus();
-    case tokNot: return prefixed(kXNot, kNotLimit);
-    case tokBackquote: return context_exprs(nullptr);
-    case tokKeyThis: next(); return leaf(mThis());
-    case tokSlot:
-    case tokSlotSequence: return slot();
-    case tokKeyModule:
-    case tokKeyBlock: return module();
-    case tokKeySet: return unset();
-    case tokBlank:
-    case tokBlankSequence:
-    case tokBlankNullSequence:
-    case tokOptionalBlank: return pattern_foo();
-    default: return id_operand();  // a missing operand becomes an id
-  }
+Operand integer() { return leaf(mExactIntConst(take(tokInteger).Text)); }
+Operand real() { return leaf(mExactRealConst(take(tokReal).Text)); }
+Operand text() { return leaf(mStringConst(take(tokString).Text)); }
+Operand pre_increment() { return prefixed(kXPreIncrement, kStepLimit); }
+Operand pre_decrement() { return prefixed(kXPreDecrement, kStepLimit); }
+Operand minus() { return prefixed(kXMinus, kSignLimit); }
+Operand logical_not() { return prefixed(kXNot, kNotLimit); }
+Operand absolute_context() { return context_exprs(nullptr); }
+
+Operand this_object() {
+  next();
+  return leaf(mThis());
 }
 
-Operand call(const Operand& fun) {
+using OperandRule = Operand (*)();
+struct OperandTable {
+  OperandRule of[kTokenCount];
+};
+
+// What each token begins in operand position. Any other token stands for a missing operand, which becomes an id.
+constexpr OperandTable make_operands() {
+  OperandTable table{};
+  for (OperandRule& rule : table.of) rule = id_operand;
+  for (int blank : {tokBlank, tokBlankSequence, tokBlankNullSequence, tokOptionalBlank}) table.of[blank] = pattern_foo;
+  for (int sharp : {tokSlot, tokSlotSequence}) table.of[sharp] = slot;
+  for (int block : {tokKeyModule, tokKeyBlock}) table.of[block] = module;
+  table.of[tokInteger] = integer;
+  table.of[tokReal] = real;
+  table.of[tokString] = text;
+  table.of[tokLParen] = parenthesised;
+  table.of[tokLBrace] = list;
+  table.of[tokGet] = get;
+  table.of[tokIncrement] = pre_increment;
+  table.of[tokDecrement] = pre_decrement;
+  table.of[tokMinus] = minus;
+  table.of[tokPlus] = prefix_plus;
+  table.of[tokNot] = logical_not;
+  table.of[tokBackquote] = absolute_context;
+  table.of[tokKeyThis] = this_object;
+  table.of[tokKeySet] = unset;
+  return table;
+}
+
+constexpr OperandTable kOperandTable = make_operands();
+
+// The forms of the table, each applied to the operator at hand and its left operand.
+
+Operand context(const Operator&, const Operand& lhs) { return context_exprs(&lhs); }
+
+Operand call(const Operator&, const Operand& fun) {
   const Operands args = bracketed(need(tokRBracket));
   take(tokRBracket);
   return node(make_funcall(fun.tree, args.list), std::max(fun.depth, args.depth));
 }
 
-Operand part(const Operand& lhs) {
+Operand part(const Operator&, const Operand& lhs) {
   const Operands subscripts = bracketed(need(tokRBracket) + need(tokRBracket));
   take(tokRBracket);
   take(tokRBracket, need(tokRBracket));
@@ -316,73 +300,9 @@ Operand part(const Operand& lhs) {
 }
 
 // expr "=>" id
-Operand indirect(const Operand& pointer) {
+Operand indirect(const Operator&, const Operand& pointer) {
   next();
   return node(mIndirect(pointer.tree, symbol_of(take(tokId, need(tokId)))), pointer.depth);
-}
-
-// f @ x is f[x], x // f too.
-Operand applied(const Operand& fun, const Operand& arg) {
-  return node(make_funcall(fun.tree, one(arg.tree)), deeper(fun, arg));
-}
-
-// a ~ f ~ b is f[a, b]. A "~" that the middle meets at its own level ends it.
-Operand infix_call(const Operand& a, int level) {
-  next();
-  Operand fun;
-  {
-    Frame behind(may(kOperators) + need(tokTilde) + kOperand);
-    fun = climb(kLoosest, kAtTilde);
-  }
-  take(tokTilde, need(tokTilde) + kOperand);
-  const Operand b = climb(level - 1);
-  const tAsynt args = mExpression1(a.tree, one(b.tree));
-  return node(make_funcall(fun.tree, args), std::max(fun.depth, deeper(a, b)));
-}
-
-// ineqs = ineq { ineq }; ineq = ( "==" | "!=" | ">" | ">=" | "<" | "<=" ) expr
-// An operator's node stands at the place behind its right operand.
-Operand chain(const Operand& first, int level) {
-  List items;
-  int depth = first.depth;
-  append(&items, mExpression1(first.tree, nullptr));
-  while (kOperatorOf.of[token].level == level) {
-    const Asynt_tKind kind = kOperatorOf.of[token].kind;
-    next();
-    const Operand e = climb(level - 1);
-    append(&items, mExpression1(make_list(kind, mExpression0()), nullptr));
-    append(&items, mExpression1(e.tree, nullptr));
-    depth = std::max(depth, e.depth);
-  }
-  return node(mXInequality(finish(&items, mExpression0())), depth);
-}
-
-// expr ( ">>" | ">>>" ) string_or_id
-Operand put(const Operand& e) {
-  const bool appended = token == tokPutAppend;
-  next();
-  const tAsynt file = mFilename(string_or_id());
-  return node((appended ? mXPutAppend : mXPut)(e.tree, file), e.depth);
-}
-
-// expr ";" [ expr ]: a ";" with nothing behind it leaves no trace.
-Operand compound(const Operand& lhs, int level) {
-  next();
-  at(may(kExprStart));
-  return kExprStart.has(token) ? make_variadic(kXCompoundExpression, lhs, climb(level - 1)) : lhs;
-}
-
-Operand binary(const Operator& op, const Operand& lhs, int limit) {
-  next();
-  const Operand rhs = climb(limit);
-  if (op.form == Form::flat) return make_variadic(op.kind, lhs, rhs);
-  return node(make_binary(op.kind, lhs.tree, rhs.tree), deeper(lhs, rhs));
-}
-
-Operand substitute(const Operand& lhs, int level) {
-  next();
-  const Operand rhs = climb(level);
-  return node(mSubstitute(lhs.tree, rhs.tree), deeper(lhs, rhs));
 }
 
 Operand postfix(const Operator& op, const Operand& e) {
@@ -390,53 +310,122 @@ Operand postfix(const Operator& op, const Operand& e) {
   return node(make_unary(op.kind, e.tree), e.depth);
 }
 
-Operand derivative(const Operand& e) {
+Operand derivative(const Operator&, const Operand& e) {
   next();
   return make_derivative(e);
 }
 
-Operand prefix_call(const Operand& fun, int level) {
-  next();
-  return applied(fun, climb(level));
+// f @ x is f[x], x // f too.
+Operand applied(const Operand& fun, const Operand& arg) {
+  return node(make_funcall(fun.tree, one(arg.tree)), deeper(fun, arg));
 }
 
-Operand postfix_call(const Operand& arg, int level) {
+Operand prefix_call(const Operator& op, const Operand& fun) {
   next();
-  return applied(climb(level - 1), arg);
+  return applied(fun, climb(op.level));
 }
 
-// The operator at hand with its left operand.
-Operand apply(const Operator& op, const Operand& lhs) {
-  switch (op.form) {
-    case Form::context: return context_exprs(&lhs);
-    case Form::call: return call(lhs);
-    case Form::part: return part(lhs);
-    case Form::indirect: return indirect(lhs);
-    case Form::postfix: return postfix(op, lhs);
-    case Form::prefix_call: return prefix_call(lhs, op.level);
-    case Form::infix_call: return infix_call(lhs, op.level);
-    case Form::left:
-    case Form::flat: return binary(op, lhs, op.level - 1);
-    case Form::right: return binary(op, lhs, op.level);
-    case Form::derivative: return derivative(lhs);
-    case Form::chain: return chain(lhs, op.level);
-    case Form::postfix_call: return postfix_call(lhs, op.level);
-    case Form::substitute: return substitute(lhs, op.level);
-    case Form::put: return put(lhs);
-    case Form::compound: return compound(lhs, op.level);
-    case Form::none: break;
+Operand postfix_call(const Operator& op, const Operand& arg) {
+  next();
+  return applied(climb(op.level - 1), arg);
+}
+
+// a ~ f ~ b is f[a, b]. A "~" that the middle meets at its own level ends it.
+Operand infix_call(const Operator& op, const Operand& a) {
+  next();
+  Operand fun;
+  {
+    Frame behind(may(kOperators) + need(tokTilde) + kOperand);
+    fun = climb(kLoosest, kAtTilde);
   }
-  return lhs;
+  take(tokTilde, need(tokTilde) + kOperand);
+  const Operand b = climb(op.level - 1);
+  const tAsynt args = mExpression1(a.tree, one(b.tree));
+  return node(make_funcall(fun.tree, args), std::max(fun.depth, deeper(a, b)));
 }
+
+Operand left(const Operator& op, const Operand& lhs) {
+  next();
+  const Operand rhs = climb(op.level - 1);
+  return node(make_binary(op.kind, lhs.tree, rhs.tree), deeper(lhs, rhs));
+}
+
+Operand right(const Operator& op, const Operand& lhs) {
+  next();
+  const Operand rhs = climb(op.level);
+  return node(make_binary(op.kind, lhs.tree, rhs.tree), deeper(lhs, rhs));
+}
+
+Operand flat(const Operator& op, const Operand& lhs) {
+  next();
+  return make_variadic(op.kind, lhs, climb(op.level - 1));
+}
+
+// expr ";" [ expr ]: a ";" with nothing behind it leaves no trace.
+Operand compound(const Operator& op, const Operand& lhs) {
+  next();
+  at(may(kExprStart));
+  return kExprStart.has(token) ? make_variadic(op.kind, lhs, climb(op.level - 1)) : lhs;
+}
+
+// ineqs = ineq { ineq }; ineq = ( "==" | "!=" | ">" | ">=" | "<" | "<=" ) expr
+// An operator's node stands at the place behind its right operand.
+Operand chain(const Operator& op, const Operand& first) {
+  List items;
+  int depth = first.depth;
+  append(&items, mExpression1(first.tree, nullptr));
+  while (operator_of(token).level == op.level) {
+    const Asynt_tKind kind = operator_of(token).kind;
+    next();
+    const Operand e = climb(op.level - 1);
+    append(&items, mExpression1(make_list(kind, mExpression0()), nullptr));
+    append(&items, mExpression1(e.tree, nullptr));
+    depth = std::max(depth, e.depth);
+  }
+  return node(mXInequality(finish(&items, mExpression0())), depth);
+}
+
+Operand substitute(const Operator& op, const Operand& lhs) {
+  next();
+  const Operand rhs = climb(op.level);
+  return node(mSubstitute(lhs.tree, rhs.tree), deeper(lhs, rhs));
+}
+
+// expr ( ">>" | ">>>" ) string_or_id
+Operand put(const Operator&, const Operand& e) {
+  const bool appended = token == tokPutAppend;
+  next();
+  const tAsynt file = mFilename(string_or_id());
+  return node((appended ? mXPutAppend : mXPut)(e.tree, file), e.depth);
+}
+
+struct OperatorTable {
+  Operator of[kTokenCount];
+};
+
+// A token that is no operator is looser than any limit.
+constexpr OperatorTable make_operators() {
+  OperatorTable table{};
+  for (Operator& op : table.of) op = {UINT8_MAX, nullptr, kNoAsynt};
+#define OPERATOR(code, level, form, kind) table.of[tok##code] = {level, form, k##kind};
+#include "precedence.def"
+#undef OPERATOR
+  return table;
+}
+
+constexpr OperatorTable kOperatorTable = make_operators();
+
+const Operator& operator_of(int code) { return kOperatorTable.of[code]; }
 
 Operand climb(int limit, TokenSet stop) {
   Nest level;
-  Operand e = operand();
+  at(kOperand);
+  Operand e = kOperandTable.of[token]();
   for (;;) {
     at(kNothing);
-    const Operator& op = kOperatorOf.of[token];
+    const Operator& op = operator_of(token);
     if (op.level > limit || stop.has(token)) return e;
-    e = apply(op, e);
+    e = op.apply(op, e);
   }
 }
 

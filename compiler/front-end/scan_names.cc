@@ -15,8 +15,8 @@ namespace oz {
 namespace {
 
 struct NameSlot {
-  uint32_t hash;
-  uint32_t number;  // of the entry, from 1; 0: free
+  uint64_t hash;
+  ScanName* name;  // null: free
 };
 
 struct NameTable {
@@ -24,39 +24,37 @@ struct NameTable {
   std::deque<ScanName> names;  // never move
 };
 
-uint32_t slot_hash(uint64_t hash) { return static_cast<uint32_t>(hash >> 32); }
+size_t first_slot(const NameTable* table, uint64_t hash) { return (hash >> 32) & (table->slots.size() - 1); }
+size_t next_slot(const NameTable* table, size_t i) { return (i + 1) & (table->slots.size() - 1); }
 
-NameSlot* find_slot(NameTable* table, const char* text, size_t length, uint32_t hash) {
-  const size_t mask = table->slots.size() - 1;
-  for (size_t i = hash & mask;; i = (i + 1) & mask) {
+NameSlot* find_slot(NameTable* table, const char* text, size_t length, uint64_t hash) {
+  for (size_t i = first_slot(table, hash);; i = next_slot(table, i)) {
     NameSlot* slot = &table->slots[i];
-    if (slot->number == 0) return slot;
-    if (slot->hash != hash) continue;
-    const ScanName& name = table->names[slot->number - 1];
-    if (name.length == length && std::memcmp(name.text, text, length) == 0) return slot;
+    if (!slot->name) return slot;
+    if (slot->hash == hash && slot->name->length == length && std::memcmp(slot->name->text, text, length) == 0)
+      return slot;
   }
 }
 
 void double_slots(NameTable* table) {
   std::vector<NameSlot> old(table->slots.size() * 2);
   old.swap(table->slots);
-  const size_t mask = table->slots.size() - 1;
   for (const NameSlot& slot : old) {
-    if (slot.number == 0) continue;
-    size_t i = slot.hash & mask;
-    while (table->slots[i].number != 0) i = (i + 1) & mask;
+    if (!slot.name) continue;
+    size_t i = first_slot(table, slot.hash);
+    while (table->slots[i].name) i = next_slot(table, i);
     table->slots[i] = slot;
   }
 }
 
 ScanName& intern(NameTable* table, const char* text, size_t length, uint64_t hash) {
-  NameSlot* slot = find_slot(table, text, length, slot_hash(hash));
-  if (slot->number != 0) return table->names[slot->number - 1];
-  if (length >= UINT32_MAX || table->names.size() >= UINT32_MAX - 1) die_msg("Too many or too long identifiers");
-  table->names.push_back({scan_keep_text(text, length), static_cast<uint32_t>(length), 0, 0, nullptr});
-  *slot = {slot_hash(hash), static_cast<uint32_t>(table->names.size())};
+  NameSlot* slot = find_slot(table, text, length, hash);
+  if (slot->name) return *slot->name;
+  table->names.push_back({scan_keep_text(text, length), length, 0, 0, nullptr});
+  ScanName& name = table->names.back();
+  *slot = {hash, &name};
   if (2 * table->names.size() > table->slots.size()) double_slots(table);
-  return table->names.back();
+  return name;
 }
 
 enum class TokenSort { keyword, oper, other };

@@ -11,7 +11,7 @@ namespace oz {
 // What is known of an identifier's text, however often it occurs.
 struct ScanName {
   string text;  // terminated, lives as long as the process; the Name of every symbol that is spelled so
-  uint32_t length;
+  size_t length;
   int keyword;          // its token code, or 0
   uint32_t generation;  // of the predefined names that `predef` was looked up in
   tAsynt predef;        // the entry of the predefined name, or null

@@ -19,7 +19,6 @@
 
 #include "Asynt.h"
 #include "Errors.h"
-#include "deferred.h"
 #include "ememory.h"
 #include "oz.h"
 #include "ozerrors.h"
@@ -274,10 +273,9 @@ tAsynt StripPatterns(tAsynt list) {
 }
 
 void NukePatterns(tAsynt* t) {
-  TraverseAsyntTD3(__LINE__, t, [](tAsynt* place) -> char {
-    if (Asynt_Kind(*place) != kXPattern) return true;
-    DeferReplacement(place, XPattern_Name(*place));
-    return false;
+  TraverseAsyntTD2(t, [](tAsynt* place) -> char {
+    if (Asynt_Kind(*place) == kXPattern) *place = XPattern_Name(*place);
+    return true;
   });
 }
 

@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <initializer_list>
 #include <string>
 
 #include "Asynt.h"
@@ -54,35 +55,24 @@ void Unparse_expr(tAsynt t);
 
 // ---- lists
 
-bool is_cell(tAsynt t) {
-  switch (Asynt_Kind(t)) {
-    case kObject1:
-    case kParent1:
-    case kCapsule1:
-    case kParticle1:
-    case kType1:
-    case kExpression1:
-    case kSymbol1:
-    case kIntConst1:
-    case kFilename1: return true;
-    default: return false;
-  }
+// The two kinds of node that the lists of the printed forms are made of.
+enum ListRole : uint8_t { not_a_list = 0, list_cell, list_end };
+
+constexpr std::array<ListRole, kAsyntKinds> make_list_roles() {
+  std::array<ListRole, kAsyntKinds> table{};
+  for (Asynt_tKind kind :
+       {kObject1, kParent1, kCapsule1, kParticle1, kType1, kExpression1, kSymbol1, kIntConst1, kFilename1})
+    table[kind] = list_cell;
+  for (Asynt_tKind kind :
+       {kObject0, kParent0, kCapsule0, kParticle0, kType0, kExpression0, kSymbol0, kIntConst0, kFilename0})
+    table[kind] = list_end;
+  return table;
 }
 
-bool is_list_end(tAsynt t) {
-  switch (Asynt_Kind(t)) {
-    case kObject0:
-    case kParent0:
-    case kCapsule0:
-    case kParticle0:
-    case kType0:
-    case kExpression0:
-    case kSymbol0:
-    case kIntConst0:
-    case kFilename0: return true;
-    default: return false;
-  }
-}
+constexpr std::array<ListRole, kAsyntKinds> kListRoles = make_list_roles();
+
+bool is_cell(tAsynt t) { return kListRoles[Asynt_Kind(t)] == list_cell; }
+bool is_list_end(tAsynt t) { return kListRoles[Asynt_Kind(t)] == list_end; }
 
 // Head and tail of a cell of any kind.
 tAsynt head(tAsynt cell) { return tree_raw_slot<tAsynt>(cell, 0); }
@@ -112,11 +102,9 @@ void Unparse_arglist(tAsynt t, std::string_view lpar, std::string_view rpar) {
 // What the host is not to see: things set aside by a pass, and the description of an external function, which the
 // generators of its stubs read from the definition itself.
 bool is_hidden(tAsynt t) {
-  switch (Asynt_Kind(t)) {
-    case kNonAlgAuxiliary: return true;
-    case kXSetDelayed: return Asynt_Kind(Binary_RHS(t)) == kExternalDeclaration;
-    default: return false;
-  }
+  const Asynt_tKind kind = Asynt_Kind(t);
+  if (kind == kXSetDelayed) return Asynt_Kind(Binary_RHS(t)) == kExternalDeclaration;
+  return kind == kNonAlgAuxiliary;
 }
 
 [[noreturn, gnu::noinline]] void bad_list(tAsynt t) {

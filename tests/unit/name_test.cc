@@ -33,11 +33,11 @@ struct Names : ModelText {
     return printed(model);
   }
 
-  // The kind of the type that a class's or an instance's local has.
-  static Asynt_tKind type_of_local(const char* object, const char* name) {
+  // The type that a class's or an instance's local has, or null.
+  static tAsynt type_of_local(const char* object, const char* name) {
     current_env = find_env(object);
     const tAsynt found = lookup_local(mSimpleSymbol(mNoType(), NoPosition, name));
-    return found ? Asynt_Kind(SymInfo_Type(found)) : kNoAsynt;
+    return found ? SymInfo_Type(found) : nullptr;
   }
 };
 
@@ -49,18 +49,18 @@ TEST_F(Names, MeanWhatTheirScopeSays) {
   } rows[] = {
       {"a Module variable hides a pattern variable, that a local, that a global",
        "real g := 9; class C hide: real x; f[x_] := x + g; h[x_] := Module[{x = x, y}, x*y + q]; k := x; end;",
-       "M`!g:=9;\nclass C\nx;\nf[P$`!x_]:=P$`!x+M`!g;\nh[P$`!x_]:=Module [ { !x = P$`!x,\n!y "
-       "},\n!x*!y+!q];\nk:=x;\nend;\n"},
+       "M`!g:=9;\nclass C\nx;\nf[P$`!x_]:=P$`!x+M`!g;\n"
+       "h[P$`!x_]:=(Module [ { !y,\n!x = P$`!x },\n!x*!y+!q]);\nk:=x;\nend;\n"},
       {"pattern variables reach into inner definitions and end with their own",
        "f[x_] := (g[y_] := x + y); h := x; k := l[z_] -> z;",
-       "M`!f[P$`!x_]:=(!g[P$`!y_]:=P$`!x+P$`!y);\nM`!h:=!x;\nM`!k:=(!l[P$`!z_]->P$`!z);\n"},
-      {"Block binds like Module, and inner variables hide outer ones",
-       "f := Block[{a}, Module[{b = a, a = b}, a + b] + a + b];",
-       "M`!f:=Block [ { !a },\nModule [ { !a = !b,\n!b = !a },\n!a+!b]+!a+!b];\n"},
+       "M`!f[P$`!x_]:=(!g[P$`!y_]:=P$`!x+P$`!y);\nM`!h:=!x;\nM`!k:=!l[P$`!z_]->P$`!z;\n"},
+      {"Block binds like Module; initial values are outside, an inner scope ends",
+       "real b := 1; f := Block[{a}, Module[{b = a, a = b}, a + b] + a + b];",
+       "M`!b:=1;\nM`!f:=(Block [ { !a },\n(Module [ { !a = M`!b,\n!b = !a },\n!a+!b])+!a+M`!b]);\n"},
       {"formals, parts and paths",
        "class W(r) end; class V(k) part p inherits W(k + r); hide: f := p`a; u := q`a + this`k + p[z, k]`a; end;",
        "class W(r)\nend;\nclass V(k)\npart p inherits W(k+!r);\nf:=p`a;\nu:=q`!a+this`k+p[!z, k]`a;\nend;\n"},
-      {"the behaviour declares nothing", "class C hide: f := y; begin y := x end;", "class C\nf:=!y;\n!y:=!x;\nend;\n"},
+      {"the behaviour declares nothing", "class C hide: f := y; begin y := x end;", "class C\n!y:=!x;\nf:=!y;\nend;\n"},
       {"inherited names are known ahead of the parent",
        "class B inherits A hide: f := x; end; class A hide: real x; end; instance b inherits B hide: g := x + f; end;",
        "class B inherits A\nf:=x;\nend;\nclass A\nx;\nend;\ninstance b inherits B\ng:=x+f;\nend;\n"},
@@ -69,12 +69,14 @@ TEST_F(Names, MeanWhatTheirScopeSays) {
        "class A inherits B\nx;\nend;\nclass B inherits A\nf:=x;\nend;\n"},
       {"predefined names are no locals and keep their meaning", "class C hide: real N := 5; f := N; end;",
        "class C\n!N:=5;\nf:=!N;\nend;\n"},
-      {"a predefined name ends the variables of a Module", "f := Module[{a, N, b}, a + b];",
-       "M`!f:=Module [ { !b,\n!N,\n!a },\n!a+!b];\n"},
+      {"a predefined name ends the variables of a Module; they are held last first",
+       "real a; real b; f := Module[{a, N, b}, a + b];",
+       "M`!a;\nM`!b;\nM`!f:=(Module [ { !b,\n!N,\nM`!a },\nM`!a+!b]);\n"},
       {"an index hides a global and a local of its name, in its set only",
        "real i := 1; instance s[i, j] hide: real j; f := i + j; end; instance t hide: f := i; end;",
        "M`!i:=1;\ninstance s[!i, !j]\n!j;\nf:=!i+!j;\nend;\ninstance t\nf:=M`!i;\nend;\n"},
-      {"a set of parts", "class C(k) end; instance a part p[i] inherits C(i + p); hide: real i; f := i; end;",
+      {"an index of a part hides a local in its line only",
+       "class C(k) end; instance a part p[i] inherits C(i + p); hide: real i; f := i; end;",
        "class C(k)\nend;\ninstance a\npart p[!i] inherits C(!i+p);\ni;\nf:=i;\nend;\n"},
   };
   for (const auto& row : rows) EXPECT_EQ(row.result, meaning(row.source)) << row.what;
@@ -90,8 +92,8 @@ TEST_F(Names, TypesMeetInTheFirstDeclaration) {
     Asynt_tKind type;
   } rows[] = {{"R", kRealType},     {"Late", kRealType},  {"Own", kRealType},
               {"First", kRealType}, {"Filled", kIntType}, {"Deep", kIntType}};
-  for (const auto& row : rows) EXPECT_EQ(row.type, type_of_local(row.object, "x")) << row.object;
-  EXPECT_EQ(kNoAsynt, type_of_local("R", "y"));
+  for (const auto& row : rows) EXPECT_EQ(row.type, Asynt_Kind(type_of_local(row.object, "x"))) << row.object;
+  EXPECT_EQ(nullptr, type_of_local("R", "y"));
 }
 
 TEST_F(Names, AnIndexIsAnInteger) {
@@ -104,7 +106,7 @@ TEST_F(Names, AnIndexIsAnInteger) {
 tAsynt first_global(tAsynt model) { return Particle1_Particle(Model_Globals(model)); }
 
 TEST_F(Names, DimensionsOfVariablesAreInTheirScope) {
-  const tAsynt function = first_global(qualified("f[int n_] := Module[{real array[n + 1] w}, w];"));
+  const tAsynt function = first_global(qualified("real f[int n_] := Module[{real array[n + 1] w}, w];"));
   const tAsynt module = Binary_RHS(function);
   const tAsynt w = Symbol_SymInfo(Symbol1_Symbol(XModule_Varlist(module)));
   const tAsynt declaration = Expression1_Expression(Variadic_Expressions(XModule_Body(module)));
@@ -115,8 +117,8 @@ TEST_F(Names, DimensionsOfVariablesAreInTheirScope) {
   EXPECT_EQ(" Array [P$`n] of  Real ", printed(SymInfo_Type(Symbol_SymInfo(Binary_RHS(typed)))));
 
   // Those of a local are left as written.
-  qualified("class C hide: real array[g] v; end; real g := 3;");
-  EXPECT_EQ(kArrayType, type_of_local("C", "v"));
+  qualified("real g := 3; class C hide: real array[g] v; end;");
+  EXPECT_EQ(" Array [g] of  Real ", printed(type_of_local("C", "v")));
 }
 
 TEST_F(Names, ParametersOfExternalFunctionsAreItsPatternVariables) {
@@ -175,9 +177,9 @@ TEST_F(Names, LongChainsOfClasses) {
             "; end;\n";
   }
   qualified(text);
-  EXPECT_EQ(kRealType, type_of_local("C0", "x99999"));
-  EXPECT_EQ(kRealType, type_of_local("C0", "x0"));
-  EXPECT_EQ(kNoAsynt, type_of_local("C99999", "x0"));
+  EXPECT_NE(nullptr, type_of_local("C0", "x99999"));
+  EXPECT_NE(nullptr, type_of_local("C0", "x0"));
+  EXPECT_EQ(nullptr, type_of_local("C99999", "x0"));
 }
 
 // Tables against maps: random names with few different hashes, so that branches and chains of equal hash both occur.

@@ -25,16 +25,22 @@ void write_position(Writer* w, tPosition p) {
   if (w->positions) w->out += '@' + std::to_string(p.Line) + ',' + std::to_string(p.Column);
 }
 
+// Cells are named X1, terminators X0.
+bool is_cell(tAsynt t) {
+  const std::string name = kind_of(t).name;
+  return kind_of(t).cell && name.back() == '1';
+}
+
 bool is_list(tAsynt t) {
   if (!t) return false;
   const std::string name = kind_of(t).name;
-  return kind_of(t).cell || (name.back() == '0' && kind_of(t).field_count == 0);
+  return is_cell(t) || (name.back() == '0' && kind_of(t).field_count == 0);
 }
 
 // The items of a list; a tail that is no list shows.
 void write_items(Writer* w, tAsynt list) {
   const char* separator = "";
-  for (; is_list(list) && kind_of(list).cell; list = child(list, 1)) {
+  for (; is_list(list) && is_cell(list); list = child(list, 1)) {
     w->out += separator;
     write(w, child(list, 0));
     separator = ",";
@@ -78,7 +84,7 @@ void write_symbol(Writer* w, tAsynt symbol) {
   const bool predefined = Asynt_Kind(SymInfo_Type(info)) == kPreDef;
   if (predefined) w->out += '%';
   if (Asynt_Kind(info) != kSimpleSymbol)
-    for (tAsynt c = child(info, 3); kind_of(c).cell; c = child(c, 1)) {
+    for (tAsynt c = child(info, 3); is_cell(c); c = child(c, 1)) {
       write(w, child(c, 0));
       w->out += '`';
     }

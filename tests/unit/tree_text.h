@@ -7,7 +7,8 @@
 //   <f[1]:Real>          a Symbol on a RelativeNest or AbsoluteNest and its Type
 //   f[x,1]               a SimpleFFE; (f[x])[y] a ComplexFFE
 //   17, 2.5              constants by their digits
-//   XPlus[a,b]           any other node: its kind and fields; lists in braces, but bare where the list is the only field
+//   XPlus[a,b]           any other node: its kind and fields; lists in braces, but bare where the list is the only
+//   field
 //
 // Positions are left out, unless asked for: then they stand as @line,column behind the kind or name.
 #pragma once
