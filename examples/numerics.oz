@@ -100,7 +100,8 @@ real array[n] tridiagonal[int n_, real array[n] low_, real array[n] mid_, real a
 
 (* One sweep of relaxation over a grid whose rim is held, and the largest change that it made. *)
 {real array[m, n], real} relaxed[int m_, int n_, real array[m, n] u_, real weight_] :=
-  Module[{real array[m, n] v = u, real change = 0.0, real delta, int i, int j},
+  Module[{real array[m, n] v, real change = 0.0, real delta, int i, int j},
+    v = u;
     For[i = 2, i < m, i = i + 1,
       For[j = 2, j < n, j = j + 1,
         delta = weight*((v[[i - 1, j]] + v[[i + 1, j]] + v[[i, j - 1]] + v[[i, j + 1]])/4 - v[[i, j]]);

@@ -10,7 +10,7 @@ complex pole := -0.2 + 1.7*I;
 
 real array[3] axis := {0.6, 0.0, 0.8};
 array[2] unknown;
-once table := Table[phi^2, {phi, 1, count}];
+once table := Table[k^2, {k, 1, count}];
 
 square[x_] := x^2;
 real norm[int n_, real array[n] v_] := Module[{real s = 0.0, int i},
