@@ -108,8 +108,10 @@ void write_line(FILE* f, const tError& m) {
   std::fputc('\n', f);
 }
 
-// The line is put together first, so that it goes out in one piece even on an unbuffered stream.
+// The line is put together first, so that it goes out in one piece even on an unbuffered stream. What standard output
+// still holds at the end of a run comes before the message that ends it.
 void WriteMessage(const tError& m) {
+  if (m.ErrorClass == xxFatal) std::fflush(stdout);
   char* line = nullptr;
   size_t length = 0;
   FILE* whole = open_memstream(&line, &length);

@@ -30,7 +30,7 @@ constexpr size_t kLargestSmall = 62;
 constexpr short kFirstClass = 6;
 constexpr short kLastClass = 24;
 constexpr size_t kPoolSize = 10240;
-static_assert(kSmallestBlock >= sizeof(FreeBlock*) && size_t{1} << kFirstClass >= sizeof(FreeBlock));
+static_assert(kSmallestBlock >= sizeof(void*) && size_t{1} << kFirstClass >= sizeof(FreeBlock));
 
 FreeBlock* SmallChain[kLargestSmall + 1];
 FreeBlock* LargeChain[kLastClass + 1];

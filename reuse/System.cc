@@ -3,6 +3,7 @@
 #include "System.h"
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <time.h>
@@ -58,7 +59,50 @@ bool IsCharacterSpecial(tFile File) {
   return fstat(File, &s) == 0 && S_ISCHR(s.st_mode);
 }
 
+#ifdef OZ_SANITIZE
 char* SysAlloc(size_t ByteCount) { return static_cast<char*>(std::malloc(ByteCount)); }
+#else
+namespace {
+
+// Small blocks are cut from areas that ask for large pages: a tree of a big model is read from end to end again and
+// again, and with pages of 4 KB the time goes into finding the pages. The first areas are small, so that a small run
+// stays small.
+constexpr size_t kLargePage = size_t{2} << 20;
+constexpr size_t kFirstArea = size_t{1} << 20;
+constexpr size_t kLargestArea = size_t{16} << 20;
+constexpr size_t kLargeBlock = size_t{256} << 10;  // from here on a block is an allocation of its own
+
+char* area_free = nullptr;
+size_t area_left = 0;
+size_t area_size = kFirstArea;
+
+bool new_area() {
+  void* area;
+  if (area_size < kLargePage) {
+    area = std::malloc(area_size);
+  } else {
+    area = std::aligned_alloc(kLargePage, area_size);
+    if (area) madvise(area, area_size, MADV_HUGEPAGE);
+  }
+  if (!area) return false;
+  area_free = static_cast<char*>(area);
+  area_left = area_size;
+  if (area_size < kLargestArea) area_size *= 2;
+  return true;
+}
+
+}  // namespace
+
+char* SysAlloc(size_t ByteCount) {
+  if (ByteCount >= kLargeBlock) return static_cast<char*>(std::malloc(ByteCount));
+  const size_t size = (ByteCount + 15) & ~size_t{15};
+  if (size > area_left && !new_area()) return nullptr;
+  char* block = area_free;
+  area_free += size;
+  area_left -= size;
+  return block;
+}
+#endif
 
 void SysFree(char* a) { std::free(a); }
 

@@ -82,13 +82,16 @@ void pop(Scopes* scopes) {
   if (mod_indices.empty() && pat_indices.empty() && set_indices.empty()) symtab_clear(&scope_pool);
 }
 
-void add(Scopes* scopes, uint64_t hash, tAsynt syminfo) {
+// Binds a name in the top index; in that index an earlier binding stays.
+void add(Scopes* scopes, tAsynt syminfo, tAsynt components) {
+  const char* name = NamedSymbol_Name(syminfo);
   Scope& top = scopes->back();
+  tAsynt* place = symtab_place(&scope_pool, &top.own, symtab_hash(name), name);
   top.all = nullptr;
-  symtab_add(&scope_pool, &top.own, hash, syminfo);
+  if (!*place) *place = absolute(syminfo, components);
 }
 
-tAsynt find(const Scopes& scopes, uint64_t hash, const char* name) {
+tAsynt find(const Scopes& scopes, uint32_t hash, const char* name) {
   if (scopes.empty()) return nullptr;
   const tAsynt found = symtab_find(scopes.back().own, hash, name);
   return found ? found : symtab_find(scopes.back().outer, hash, name);
@@ -102,16 +105,17 @@ tAsynt find(const Scopes& scopes, tAsynt syminfo) {
 
 // ---- environments
 
-tAsynt find(Env env, uint64_t hash, const char* name) { return env ? symtab_find(env->syms, hash, name) : nullptr; }
+tAsynt find(Env env, uint32_t hash, const char* name) { return env ? symtab_find(env->syms, hash, name) : nullptr; }
 
 tAsynt find(Env env, tAsynt syminfo) {
   const char* name = NamedSymbol_Name(syminfo);
   return find(env, symtab_hash(name), name);
 }
 
-tAsynt find_or_make_global(tAsynt syminfo, uint64_t hash, const char* name) {
-  const tAsynt found = find(glob_env, hash, name);
-  return found ? found : symtab_add(&env_pool, &glob_env->syms, hash, absolute(syminfo, mExpression0()));
+tAsynt find_or_make_global(tAsynt syminfo, uint32_t hash, const char* name) {
+  tAsynt* place = symtab_place(&env_pool, &glob_env->syms, hash, name);
+  if (!*place) *place = absolute(syminfo, mExpression0());
+  return *place;
 }
 
 // ---- inheritance
@@ -191,37 +195,32 @@ void make_global_context(tAsynt sym) { global_context = mExpression1(sym, mExpre
 
 void add_local_sym(tAsynt syminfo) {
   const char* name = NamedSymbol_Name(syminfo);
-  const uint64_t hash = symtab_hash(name);
-  const tAsynt found = find(current_env, hash, name);
-  if (found) {
-    take_type(found, syminfo);
-    return;
-  }
-  const tAsynt entry = current_env == glob_env ? absolute(syminfo, global_context) : syminfo;
-  symtab_add(&env_pool, &current_env->syms, hash, entry);
+  tAsynt* place = symtab_place(&env_pool, &current_env->syms, symtab_hash(name), name);
+  if (*place)
+    take_type(*place, syminfo);
+  else
+    *place = current_env == glob_env ? absolute(syminfo, global_context) : syminfo;
 }
 
 void add_pattern_sym(tAsynt syminfo) {
-  const char* name = NamedSymbol_Name(syminfo);
-  const uint64_t hash = symtab_hash(name);
   if (pat_indices.empty())
     std::fprintf(stderr, "Internal error. No pattern index.\n");
-  else if (!find(pat_indices, hash, name))
-    add(&pat_indices, hash, absolute(syminfo, pattern_context));
+  else if (!lookup_pattern(syminfo))
+    add(&pat_indices, syminfo, pattern_context);
 }
 
 void add_module_sym(tAsynt syminfo) {
   if (mod_indices.empty())
     std::fprintf(stderr, "Internal error. No module index.\n");
   else
-    add(&mod_indices, symtab_hash(NamedSymbol_Name(syminfo)), absolute(syminfo, mExpression0()));
+    add(&mod_indices, syminfo, mExpression0());
 }
 
 void add_set_sym(tAsynt syminfo) {
   if (set_indices.empty())
     std::fprintf(stderr, "Internal error. No set index.\n");
   else
-    add(&set_indices, symtab_hash(NamedSymbol_Name(syminfo)), absolute(syminfo, mExpression0()));
+    add(&set_indices, syminfo, mExpression0());
 }
 
 void push_pattern_index() { push(&pat_indices); }
@@ -242,11 +241,11 @@ tAsynt lookup_global(tAsynt syminfo) {
 
 tAsynt lookup_any(tAsynt syminfo) {
   const char* name = NamedSymbol_Name(syminfo);
-  const uint64_t hash = symtab_hash(name);
+  const uint32_t hash = symtab_hash(name);
   tAsynt found = find(mod_indices, hash, name);
   if (!found) found = find(pat_indices, hash, name);
   if (!found) found = find(set_indices, hash, name);
-  if (!found) found = find(current_env, hash, name);
+  if (!found && current_env != glob_env) found = find(current_env, hash, name);
   return found ? found : find_or_make_global(syminfo, hash, name);
 }
 

@@ -40,14 +40,14 @@ tAsynt check_package_names(tAsynt names) {
 // packages = [ "packages" string { "," string } ";" ]
 tAsynt packages() {
   constexpr Rest kClose = need(tokSemicolon) + kFromGlobals;
-  at(kFromPackages);
+  at<kFromPackages>();
   tAsynt names = mFilename0();
   if (token != tokKeyPackages) return names;
   do {
     next();
-    const string text = take(tokString, need(tokString) + may(tokComma) + kClose).Text;
+    const string text = take<need(tokString) + may(tokComma) + kClose>(tokString).Text;
     names = mFilename1(mFilename(text), names);
-    at(may(tokComma) + kClose);
+    at<may(tokComma) + kClose>();
   } while (token == tokComma);
   names = check_package_names(names);
   take(tokSemicolon);
@@ -56,13 +56,13 @@ tAsynt packages() {
 
 // parent = id [ "(" actual_params ")" ]
 tAsynt parent() {
-  const tAsynt name = symbol_of(take(tokId, kParents));
-  at(may(tokLParen) + may(tokComma));
+  const tAsynt name = symbol_of(take<kParents>(tokId));
+  at<may(tokLParen) + may(tokComma)>();
   if (token != tokLParen) return mParent(name, mExpression0());
   next();
   tAsynt args;
   {
-    Frame behind(need(tokRParen) + may(tokComma));
+    Frame<need(tokRParen) + may(tokComma)> behind;
     args = expr_list().list;
   }
   take(tokRParen);
@@ -75,7 +75,7 @@ tAsynt parents() {
   bool more = true;
   while (more) {
     append(&list, mParent1(parent(), nullptr));
-    at(may(tokComma));
+    at<may(tokComma)>();
     more = token == tokComma;
     if (more) next();
   }
@@ -84,10 +84,10 @@ tAsynt parents() {
 
 // opt_inherits = [ "inherits" parents ]
 tAsynt opt_inherits() {
-  at(kFromInherits);
+  at<kFromInherits>();
   if (token != tokKeyInherits) return mParent0();
   next();
-  Frame behind(kFromParts);
+  Frame<kFromParts> behind;
   return parents();
 }
 
@@ -100,23 +100,24 @@ struct InstName {
 tAsynt indices() {
   List list;
   for (;;) {
-    const tAsynt symbol = symbol_of(take(tokId, need(tokId) + may(tokComma)));
+    const tAsynt symbol = symbol_of(take<need(tokId) + may(tokComma)>(tokId));
     append(&list, mSymbol1(set_type(symbol, mIntType(nullptr), nullptr), nullptr));
-    at(may(tokComma));
+    at<may(tokComma)>();
     if (token != tokComma) return finish(&list, mSymbol0());
     next();
   }
 }
 
 // inst_name = id [ "[" indices "]" ]
-InstName inst_name(const Rest& rest) {
-  const tAsynt name = symbol_of(take(tokId, need(tokId) + may(tokLBracket) + rest));
-  at(may(tokLBracket) + rest);
+template <Rest rest>
+InstName inst_name() {
+  const tAsynt name = symbol_of(take<need(tokId) + may(tokLBracket) + rest>(tokId));
+  at<may(tokLBracket) + rest>();
   if (token != tokLBracket) return {name, nullptr};
   next();
   tAsynt list;
   {
-    Frame behind(need(tokRBracket) + rest);
+    Frame<need(tokRBracket) + rest> behind;
     list = indices();
   }
   take(tokRBracket);
@@ -131,11 +132,11 @@ tAsynt instance(const InstName& n, tAsynt inherited, tAsynt capsules) {
 // part_def = "part" inst_name "inherits" parents ";"
 tAsynt part_def() {
   next();
-  const InstName n = inst_name(kPartTail);
-  take(tokKeyInherits, kPartTail);
+  const InstName n = inst_name<kPartTail>();
+  take<kPartTail>(tokKeyInherits);
   tAsynt inherited;
   {
-    Frame behind(need(tokSemicolon) + may(tokKeyPart));
+    Frame<need(tokSemicolon) + may(tokKeyPart)> behind;
     inherited = parents();
   }
   take(tokSemicolon);
@@ -145,10 +146,10 @@ tAsynt part_def() {
 // part_defs = { part_def }
 tAsynt part_defs() {
   List list;
-  at(kFromParts);
+  at<kFromParts>();
   while (token == tokKeyPart) {
     append(&list, mParticle1(part_def(), nullptr));
-    at(kFromParts);
+    at<kFromParts>();
   }
   return finish(&list, mParticle0());
 }
@@ -158,7 +159,7 @@ tAsynt access_list() {
   next();
   tAsynt list;
   {
-    Frame behind(need(tokRBrace) + need(tokColon) + may(kLocalDefStart));
+    Frame<need(tokRBrace) + need(tokColon) + may(kLocalDefStart)> behind;
     list = id_list();
   }
   take(tokRBrace);
@@ -171,9 +172,9 @@ tAsynt local_block() {
   const char readable = token != tokKeyHide;
   const char writable = token == tokKeyExpose;
   next();
-  at(may(tokLBrace) + kClose);
+  at<may(tokLBrace) + kClose>();
   const tAsynt privileged = token == tokLBrace ? access_list() : mSymbol0();
-  take(tokColon, kClose);
+  take<kClose>(tokColon);
   const tAsynt body = local_defs();
   return mCapsule(readable, writable, 1, privileged, body);
 }
@@ -181,9 +182,9 @@ tAsynt local_block() {
 // local_blocks = { local_block }
 tAsynt local_blocks() {
   List list;
-  at(may(kVisibility));
+  at<may(kVisibility)>();
   while (kVisibility.has(token)) {
-    Frame behind(may(kVisibility));
+    Frame<may(kVisibility)> behind;
     append(&list, mCapsule1(local_block(), nullptr));
   }
   return finish(&list, mCapsule0());
@@ -191,10 +192,10 @@ tAsynt local_blocks() {
 
 // opt_begin = [ "begin" [ expr ] ]; null without an expression
 tAsynt opt_begin() {
-  at(may(tokKeyBegin));
+  at<may(tokKeyBegin)>();
   if (token != tokKeyBegin) return nullptr;
   next();
-  at(may(kExprStart));
+  at<may(kExprStart)>();
   return kExprStart.has(token) ? expr().tree : nullptr;
 }
 
@@ -204,12 +205,12 @@ tAsynt obj_body() {
   const tAsynt parts = part_defs();
   tAsynt blocks;
   {
-    Frame behind(kFromBegin);
+    Frame<kFromBegin> behind;
     blocks = local_blocks();
   }
   tAsynt behaviour;
   {
-    Frame behind(kObjEnd);
+    Frame<kObjEnd> behind;
     behaviour = opt_begin();
   }
   const tAsynt capsules = mCapsule1(mCapsule(0, 0, 1, mSymbol0(), parts), blocks);
@@ -221,20 +222,20 @@ tAsynt obj_body() {
 // obj_end = "end" [ id ] ";"
 // The name is not compared with the object's.
 void obj_end() {
-  take(tokKeyEnd, kObjEnd);
-  at(may(tokId) + need(tokSemicolon));
+  take<kObjEnd>(tokKeyEnd);
+  at<may(tokId) + need(tokSemicolon)>();
   if (token == tokId) next();
-  take(tokSemicolon, need(tokSemicolon));
+  take<need(tokSemicolon)>(tokSemicolon);
 }
 
 // class_name = id [ "(" id_list ")" ]; the formals in source order
 tAsynt opt_formals() {
-  at(may(tokLParen) + kFromInherits);
+  at<may(tokLParen) + kFromInherits>();
   if (token != tokLParen) return mSymbol0();
   next();
   tAsynt list;
   {
-    Frame behind(need(tokRParen) + kFromInherits);
+    Frame<need(tokRParen) + kFromInherits> behind;
     list = id_list();
   }
   take(tokRParen);
@@ -244,7 +245,7 @@ tAsynt opt_formals() {
 // class_decl = "class" class_name opt_inherits obj_body obj_end
 tAsynt class_decl() {
   next();
-  const tAsynt name = symbol_of(take(tokId, need(tokId) + may(tokLParen) + kFromInherits));
+  const tAsynt name = symbol_of(take<need(tokId) + may(tokLParen) + kFromInherits>(tokId));
   const tAsynt formals = opt_formals();
   const tAsynt inherited = opt_inherits();
   const tAsynt capsules = obj_body();
@@ -255,7 +256,7 @@ tAsynt class_decl() {
 // inst_decl = "instance" inst_name opt_inherits obj_body obj_end
 tAsynt inst_decl() {
   next();
-  const InstName n = inst_name(kFromInherits);
+  const InstName n = inst_name<kFromInherits>();
   const tAsynt inherited = opt_inherits();
   const tAsynt capsules = obj_body();
   obj_end();
@@ -265,11 +266,11 @@ tAsynt inst_decl() {
 // obj_decls = { class_decl | inst_decl }
 tAsynt obj_decls() {
   List list;
-  at(may(kObjectStart));
+  at<may(kObjectStart)>();
   while (kObjectStart.has(token)) {
-    Frame behind(may(kObjectStart));
+    Frame<may(kObjectStart)> behind;
     append(&list, mObject1(token == tokKeyClass ? class_decl() : inst_decl(), nullptr));
-    at(kNothing);
+    at<kNothing>();
   }
   return finish(&list, mObject0());
 }
@@ -277,13 +278,13 @@ tAsynt obj_decls() {
 // model_file = "model" id ";" packages local_defs obj_decls
 tAsynt model_file() {
   constexpr Rest kClose = need(tokSemicolon) + kFromPackages;
-  take(tokKeyModel, need(tokKeyModel) + need(tokId) + kClose);
-  const tAsynt name = symbol_of(take(tokId, need(tokId) + kClose));
-  take(tokSemicolon, kClose);
+  take<need(tokKeyModel) + need(tokId) + kClose>(tokKeyModel);
+  const tAsynt name = symbol_of(take<need(tokId) + kClose>(tokId));
+  take<kClose>(tokSemicolon);
   const tAsynt needs = packages();
   tAsynt globals;
   {
-    Frame behind(may(kObjectStart));
+    Frame<may(kObjectStart)> behind;
     globals = local_defs();
   }
   const tAsynt objects = obj_decls();
@@ -303,7 +304,7 @@ void Closeparse() {}
 
 int parse() {
   Beginparse();
-  parsing::Frame behind(parsing::need(tokEndOfFile));
+  parsing::Frame<parsing::need(tokEndOfFile)> behind;
   model_tree = parsing::model_file();
   return parsing::error_count();
 }

@@ -14,6 +14,13 @@
 namespace oz::parsing {
 namespace {
 
+// The Variadic made last, and the last cell of its list. An operand that is a Variadic at its top was made after all
+// that is in it, so that this is the one to know when the operand is complete.
+struct {
+  tAsynt tree;
+  tAsynt cell;
+} last_made;
+
 bool is_call(tAsynt t) { return Asynt_IsType(t, kFullFormExpression); }
 
 // A cell's tail is its second and last field.
@@ -63,7 +70,7 @@ void nested_too_deeply() {
 
 Operand node(tAsynt tree, int depth_below) {
   if (depth_below >= kMaxNesting) nested_too_deeply();
-  return {tree, nullptr, depth_below + 1};
+  return {tree, depth_below + 1};
 }
 
 void append(List* list, tAsynt cell) {
@@ -100,26 +107,41 @@ tAsynt make_list(Asynt_tKind kind, tAsynt expressions) {
   return t;
 }
 
-Operand make_variadic(Asynt_tKind kind, const Operand& lop, const Operand& rop) {
+tAsynt last_cell(Asynt_tKind kind, tAsynt tree) {
+  if (Asynt_Kind(tree) != kind) return nullptr;
+  if (tree == last_made.tree) return last_made.cell;
+  tAsynt cell = Variadic_Expressions(tree);
+  while (Asynt_Kind(*tail(cell)) == kExpression1) cell = *tail(cell);
+  return cell;
+}
+
+Operand make_variadic(Asynt_tKind kind, const Operand& lop, tAsynt lop_last, const Operand& rop) {
   const bool left = Asynt_Kind(lop.tree) == kind;
   const bool right = Asynt_Kind(rop.tree) == kind;
   if (left && right) {
-    *tail(lop.last) = Variadic_Expressions(rop.tree);
-    return {lop.tree, rop.last, std::max(lop.depth, rop.depth)};
+    last_made = {lop.tree, last_cell(kind, rop.tree)};
+    *tail(lop_last) = Variadic_Expressions(rop.tree);
+    return {lop.tree, std::max(lop.depth, rop.depth)};
   }
   if (left) {
-    const tAsynt cell = mExpression1(rop.tree, *tail(lop.last));
-    *tail(lop.last) = cell;
-    return {lop.tree, cell, node(lop.tree, std::max(lop.depth - 1, rop.depth)).depth};
+    last_made = {lop.tree, mExpression1(rop.tree, *tail(lop_last))};
+    *tail(lop_last) = last_made.cell;
+    return node(lop.tree, std::max(lop.depth - 1, rop.depth));
   }
   if (right) {
+    last_made = {rop.tree, last_cell(kind, rop.tree)};
     Variadic_Expressions(rop.tree) = mExpression1(lop.tree, Variadic_Expressions(rop.tree));
-    return {rop.tree, rop.last, node(rop.tree, std::max(lop.depth, rop.depth - 1)).depth};
+    return node(rop.tree, std::max(lop.depth, rop.depth - 1));
   }
   const tAsynt list = pair(lop.tree, rop.tree);
-  Operand sum = node(make_list(kind, list), std::max(lop.depth, rop.depth));
-  sum.last = Expression1_Expressions(list);
-  return sum;
+  last_made = {make_list(kind, list), *tail(list)};
+  return node(last_made.tree, std::max(lop.depth, rop.depth));
+}
+
+Operand make_prefix_plus(const Operand& expr) {
+  const tAsynt cell = mExpression1(expr.tree, mExpression0());
+  last_made = {make_list(kXPlus, cell), cell};
+  return node(last_made.tree, expr.depth);
 }
 
 Operand make_derivative(const Operand& expr) {

@@ -8,15 +8,14 @@ namespace oz::parsing {
 // A parsed expression, with what the next operator needs to know of it.
 struct Operand {
   tAsynt tree;
-  tAsynt last;  // the last cell of the list, if the tree is the Variadic of a flat operator; else null
-  int depth;    // levels of the tree, list cells not counted
+  int depth;  // levels of the tree, list cells not counted
 };
 
 // An operand from a new node above operands of this depth. Too many levels are fatal.
 Operand node(tAsynt tree, int depth_below);
 
 // A leaf.
-inline Operand leaf(tAsynt tree) { return {tree, nullptr, 1}; }
+inline Operand leaf(tAsynt tree) { return {tree, 1}; }
 
 // The fatal message for too deep a nesting.
 [[noreturn]] void nested_too_deeply();
@@ -48,8 +47,16 @@ tAsynt make_unary(Asynt_tKind kind, tAsynt expression);
 tAsynt make_binary(Asynt_tKind kind, tAsynt lhs, tAsynt rhs);
 tAsynt make_list(Asynt_tKind kind, tAsynt expressions);
 
+// The last cell of the list of a flat operator's Variadic; null for a tree of another kind. Finding it walks no list if
+// the tree is the one that make_variadic or make_prefix_plus made last.
+tAsynt last_cell(Asynt_tKind kind, tAsynt tree);
+
 // lop and rop under a Variadic: operands of the same kind are spliced, so that (a+b)+c and a+(b+c) are one sum.
-Operand make_variadic(Asynt_tKind kind, const Operand& lop, const Operand& rop);
+// lop_last is the last cell of lop, to be asked for before rop is parsed.
+Operand make_variadic(Asynt_tKind kind, const Operand& lop, tAsynt lop_last, const Operand& rop);
+
+// "+" expr: a sum of one operand.
+Operand make_prefix_plus(const Operand& expr);
 
 // x' or, for an x that is a derivative, the derivative of the next order.
 Operand make_derivative(const Operand& expr);

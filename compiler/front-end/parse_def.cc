@@ -30,11 +30,12 @@ tAsynt base_type() {
 }
 
 // dimensions = "[" expr_list "]", in front of what the Rest tells.
-Operands dimensions(const Rest& rest) {
-  take(tokLBracket, kDimensions + rest);
+template <Rest rest>
+Operands dimensions() {
+  take<kDimensions + rest>(tokLBracket);
   Operands list;
   {
-    Frame behind(need(tokRBracket) + rest);
+    Frame<need(tokRBracket) + rest> behind;
     list = expr_list();
   }
   take(tokRBracket);
@@ -43,7 +44,7 @@ Operands dimensions(const Rest& rest) {
 
 // Whether a "," leads to another item; it is passed.
 bool another_item() {
-  at(may(tokComma));
+  at<may(tokComma)>();
   if (token != tokComma) return false;
   next();
   return true;
@@ -58,12 +59,12 @@ Operand name_call(const Operand& fun, const Operands& args) {
 // The id is there already.
 Operand name_tail(Operand name, Operands (*arguments)()) {
   for (;;) {
-    at(may(tokLBracket));
+    at<may(tokLBracket)>();
     if (token != tokLBracket) return name;
     next();
     Operands args;
     {
-      Frame behind(need(tokRBracket) + may(tokLBracket));
+      Frame<need(tokRBracket) + may(tokLBracket)> behind;
       args = arguments();
     }
     take(tokRBracket);
@@ -77,7 +78,7 @@ Operands argument_list(Operand (*item)()) {
   List list;
   int depth = 0;
   do {
-    Frame behind(may(tokComma));
+    Frame<may(tokComma)> behind;
     const Operand e = item();
     append(&list, mExpression1(e.tree, nullptr));
     depth = std::max(depth, e.depth);
@@ -88,16 +89,16 @@ Operands argument_list(Operand (*item)()) {
 Operands name_index_list();
 Operands simple_name_arguments();
 
-Operand name() { return name_tail(leaf(symbol_of(take(tokId, kName))), name_index_list); }
-Operand simple_name() { return name_tail(leaf(symbol_of(take(tokId, kName))), simple_name_arguments); }
+Operand name() { return name_tail(leaf(symbol_of(take<kName>(tokId))), name_index_list); }
+Operand simple_name() { return name_tail(leaf(symbol_of(take<kName>(tokId))), simple_name_arguments); }
 
 // name_index = name | pattern | integer
 Operand name_index() {
-  at(need(kBlanks | tokens(tokId, tokInteger)) + may(kBlanks | tokens(tokLBracket)));
+  at<need(kBlanks | tokens(tokId, tokInteger)) + may(kBlanks | tokens(tokLBracket))>();
   if (token == tokInteger) return leaf(mExactIntConst(take(tokInteger).Text));
   if (kBlanks.has(token)) return pattern_foo();
   const tAsynt symbol = symbol_of(take(tokId));
-  at(may(kBlanks | tokens(tokLBracket)));
+  at<may(kBlanks | tokens(tokLBracket))>();
   if (!kBlanks.has(token)) return name_tail(leaf(symbol), name_index_list);
   const Operand object = pattern_foo();
   return node(mXPattern(symbol, object.tree), object.depth);
@@ -108,7 +109,7 @@ Operands name_index_list() { return argument_list(name_index); }
 
 // simple_name_index = simple_name | integer
 Operand simple_name_index() {
-  at(need(tokens(tokId, tokInteger)) + may(tokLBracket));
+  at<need(tokens(tokId, tokInteger)) + may(tokLBracket)>();
   if (token == tokInteger) return leaf(mExactIntConst(take(tokInteger).Text));
   return simple_name();
 }
@@ -118,18 +119,18 @@ Operand simple_name_index() {
 Operand typed_pattern() {
   Operand declared;
   {
-    Frame behind(kPattern);
+    Frame<kPattern> behind;
     declared = type();
   }
   const Operand p = pattern();
   if (Asynt_Kind(p.tree) == kXPattern) SymInfo_Type(Symbol_SymInfo(XPattern_Name(p.tree))) = declared.tree;
-  return {p.tree, nullptr, std::max(p.depth, declared.depth)};
+  return {p.tree, std::max(p.depth, declared.depth)};
 }
 
 // simple_name_arguments = simple_name_index { "," simple_name_index } | optional_typed_patterns
 // optional_typed_patterns = [ typed_pattern { "," typed_pattern } ]
 Operands simple_name_arguments() {
-  at(may(kBaseType | tokens(tokId, tokInteger)));
+  at<may(kBaseType | tokens(tokId, tokInteger))>();
   if (kBaseType.has(token)) return argument_list(typed_pattern);
   if (token == tokId || token == tokInteger) return argument_list(simple_name_index);
   return {mExpression0(), 0};
@@ -137,17 +138,18 @@ Operands simple_name_arguments() {
 
 // local_var = [ type ] id [ "=" expr ]
 void local_var(tAsynt* symbols, Operands* values) {
+  Nest level;
   constexpr Rest kVar = need(tokId) + may(tokSet);
-  at(need(kVarStart) + may(tokSet));
+  at<need(kVarStart) + may(tokSet)>();
   Operand declared{};
   if (token != tokId && kBaseType.has(token)) {
-    Frame behind(kVar);
+    Frame<kVar> behind;
     declared = type();
   }
-  const tAsynt symbol = symbol_of(take(tokId, kVar));
+  const tAsynt symbol = symbol_of(take<kVar>(tokId));
   if (declared.tree) SymInfo_Type(Symbol_SymInfo(symbol)) = declared.tree;
   Operand value = leaf(nullptr);
-  at(may(tokSet));
+  at<may(tokSet)>();
   if (token == tokSet) {
     next();
     value = expr();
@@ -161,7 +163,7 @@ void local_var(tAsynt* symbols, Operands* values) {
 tAsynt type_list() {
   List list;
   do {
-    Frame behind(may(tokComma));
+    Frame<may(tokComma)> behind;
     append(&list, mType1(type().tree, nullptr));
   } while (another_item());
   return finish(&list, mType0());
@@ -172,9 +174,9 @@ tAsynt return_type() {
   if (token != tokLBrace) return type().tree;
   next();
   tAsynt types = nullptr;
-  at(may(kBaseType) + need(tokRBrace));
+  at<may(kBaseType) + need(tokRBrace)>();
   if (kBaseType.has(token)) {
-    Frame behind(need(tokRBrace));
+    Frame<need(tokRBrace)> behind;
     types = type_list();
   }
   take(tokRBrace);
@@ -192,10 +194,10 @@ Index* attributes() {
   constexpr Rest kValue = need(tokString) + may(tokId);
   std::vector<Attribute> list;
   do {
-    const string key = NamedSymbol_Name(take(tokId, need(tokId) + need(tokSet) + kValue).Symbol);
-    take(tokSet, need(tokSet) + kValue);
-    list.push_back({key, mStringConst(take(tokString, kValue).Text)});
-    at(may(tokId));
+    const string key = NamedSymbol_Name(take<need(tokId) + need(tokSet) + kValue>(tokId).Symbol);
+    take<need(tokSet) + kValue>(tokSet);
+    list.push_back({key, mStringConst(take<kValue>(tokString).Text)});
+    at<may(tokId)>();
   } while (token == tokId);
   Index* index = make_index(linked_list, 4);
   for (auto a = list.rbegin(); a != list.rend(); ++a) create_entry(index, a->value, a->key);
@@ -213,15 +215,15 @@ Index* opt_attrs() {
 tAsynt input() {
   constexpr Rest kSize = need(tokComma) + kExpr + need(tokRParen);
   constexpr Rest kArray = need(tokLParen) + need(tokId) + kSize;
-  const tAsynt name = symbol_of(take(tokId, need(tokId) + may(tokSet)));
-  at(may(tokSet));
+  const tAsynt name = symbol_of(take<need(tokId) + may(tokSet)>(tokId));
+  at<may(tokSet)>();
   if (token != tokSet) return mInputParameter(name);
   next();
-  take(tokKeyDim, need(tokKeyDim) + kArray);
-  take(tokLParen, kArray);
-  const tAsynt array = symbol_of(take(tokId, need(tokId) + kSize));
-  take(tokComma, kSize);
-  Frame behind(need(tokRParen));
+  take<need(tokKeyDim) + kArray>(tokKeyDim);
+  take<kArray>(tokLParen);
+  const tAsynt array = symbol_of(take<need(tokId) + kSize>(tokId));
+  take<kSize>(tokComma);
+  Frame<need(tokRParen)> behind;
   const tAsynt size = expr().tree;
   take(tokRParen);
   return mInputSizeParameter(name, array, size);
@@ -229,11 +231,11 @@ tAsynt input() {
 
 // output = id [ "(" expr_list ")" ]
 tAsynt output() {
-  const tAsynt name = symbol_of(take(tokId, need(tokId) + may(tokLParen)));
-  at(may(tokLParen));
+  const tAsynt name = symbol_of(take<need(tokId) + may(tokLParen)>(tokId));
+  at<may(tokLParen)>();
   if (token != tokLParen) return mOutputParameter(name);
   next();
-  Frame behind(need(tokRParen));
+  Frame<need(tokRParen)> behind;
   const tAsynt sizes = expr_list().list;
   take(tokRParen);
   return mOutputSizeParameter(name, sizes);
@@ -243,11 +245,11 @@ constexpr TokenSet kElementStart = tokens(tokId, tokKeyInput, tokKeyOutput, tokK
 
 // external_description_element = [ "Input" ] input | "Output" output | "InOut" id
 tAsynt external_description_element() {
-  at(need(kElementStart) + may(tokSet));
+  at<need(kElementStart) + may(tokSet)>();
   switch (token) {
     case tokKeyInput: next(); return input();
     case tokKeyOutput: next(); return output();
-    case tokKeyInOut: next(); return mInOutParameter(symbol_of(take(tokId, need(tokId))));
+    case tokKeyInOut: next(); return mInOutParameter(symbol_of(take<need(tokId)>(tokId)));
     default: return input();
   }
 }
@@ -256,10 +258,10 @@ tAsynt external_description_element() {
 // The last one comes first.
 tAsynt external_description_elements() {
   tAsynt list = mParameterspec0();
-  at(may(kElementStart));
+  at<may(kElementStart)>();
   if (!kElementStart.has(token)) return list;
   do {
-    Frame behind(may(tokComma));
+    Frame<may(tokComma)> behind;
     list = mParameterspec1(external_description_element(), list);
   } while (another_item());
   return list;
@@ -269,7 +271,7 @@ constexpr Rest kElements = need(tokLParen) + may(kElementStart) + need(tokRParen
 constexpr Rest kReturns = need(tokens(tokKeyFunction, tokKeyProcedure, tokKeyVariable)) + kElements;
 
 tAsynt external_returns() {
-  at(kReturns);
+  at<kReturns>();
   switch (token) {
     case tokKeyProcedure: next(); return mExternalProcedureReturns();
     case tokKeyVariable: next(); return mExternalVariableReturns();
@@ -281,12 +283,12 @@ tAsynt external_returns() {
 //                        "(" external_description_elements ")"
 tAsynt external_description() {
   constexpr Rest kText = need(tokString);
-  const string prefix = take(tokString, kText + kText + kText + kReturns).Text;
-  const string context = take(tokString, kText + kText + kReturns).Text;
-  const string language = take(tokString, kText + kReturns).Text;
+  const string prefix = take<kText + kText + kText + kReturns>(tokString).Text;
+  const string context = take<kText + kText + kReturns>(tokString).Text;
+  const string language = take<kText + kReturns>(tokString).Text;
   const tAsynt returns = external_returns();
-  take(tokLParen, kElements);
-  Frame behind(need(tokRParen));
+  take<kElements>(tokLParen);
+  Frame<need(tokRParen)> behind;
   const tAsynt parameters = external_description_elements();
   take(tokRParen);
   return mExternalDeclaration(prefix, context, language, returns, parameters);
@@ -300,9 +302,9 @@ struct Definition {
 // typed_value = expr | "extern" string | "externinfo" external_description
 tAsynt typed_value() {
   constexpr Rest kOther = need(kExprStart | tokens(tokKeyExtern, tokKeyExterninfo));
-  at(kOther + may(kIdTail) + may(kTightOperators));
+  at<kOther + may(kIdTail) + may(kTightOperators)>();
   switch (token) {
-    case tokKeyExtern: next(); return mExternBody(take(tokString, need(tokString)).Text);
+    case tokKeyExtern: next(); return mExternBody(take<need(tokString)>(tokString).Text);
     case tokKeyExterninfo: next(); return external_description();
     default: return tight_expr().tree;
   }
@@ -313,15 +315,15 @@ Definition typed_def() {
   constexpr Rest kTail = may(tokens(tokKeyWith, tokSetDelayed));
   tAsynt declared;
   {
-    Frame behind(kName + kTail);
+    Frame<kName + kTail> behind;
     declared = return_type();
   }
   tAsynt name;
   {
-    Frame behind(kTail);
+    Frame<kTail> behind;
     name = simple_name().tree;
   }
-  at(kTail);
+  at<kTail>();
   if (token == tokSetDelayed) {
     next();
     const tAsynt value = typed_value();
@@ -337,7 +339,7 @@ tAsynt marked_def(Asynt_tKind kind) {
   next();
   tAsynt lhs;
   {
-    Frame behind(need(tokSetDelayed) + kTightExpr);
+    Frame<need(tokSetDelayed) + kTightExpr> behind;
     lhs = name().tree;
   }
   take(tokSetDelayed);
@@ -351,7 +353,7 @@ tAsynt name_list() { return argument_list(name).list; }
 // array_def = "array" dimensions name_list
 tAsynt array_def() {
   next();
-  const tAsynt sizes = dimensions(kName + may(tokComma)).list;
+  const tAsynt sizes = dimensions<kName + may(tokComma)>().list;
   const tAsynt names = name_list();
   return mArrayDecl(names, sizes);
 }
@@ -360,7 +362,7 @@ tAsynt array_def() {
 tAsynt name_def() {
   tAsynt lhs;
   {
-    Frame behind(may(tokSetDelayed));
+    Frame<may(tokSetDelayed)> behind;
     lhs = name().tree;
   }
   if (token != tokSetDelayed) return lhs;
@@ -385,12 +387,12 @@ Definition local_def() {
 
 // type = base_type [ "array" dimensions ]
 Operand type() {
-  at(need(kBaseType) + may(tokKeyArray));
+  at<need(kBaseType) + may(tokKeyArray)>();
   const tAsynt base = base_type();
-  at(may(tokKeyArray));
+  at<may(tokKeyArray)>();
   if (token != tokKeyArray) return leaf(base);
   next();
-  const Operands sizes = dimensions(kNothing);
+  const Operands sizes = dimensions<kNothing>();
   return node(mArrayType(base, sizes.list), sizes.depth);
 }
 
@@ -399,10 +401,10 @@ Operand type() {
 void local_vars(tAsynt* symbols, Operands* values) {
   *symbols = mSymbol0();
   *values = {mExpression0(), 0};
-  at(may(kVarStart));
+  at<may(kVarStart)>();
   if (!kVarStart.has(token)) return;
   do {
-    Frame behind(may(tokComma));
+    Frame<may(tokComma)> behind;
     local_var(symbols, values);
   } while (another_item());
 }
@@ -411,17 +413,17 @@ void local_vars(tAsynt* symbols, Operands* values) {
 tAsynt local_defs() {
   constexpr Rest kClose = need(tokSemicolon) + may(kLocalDefStart);
   List list;
-  at(may(kLocalDefStart));
+  at<may(kLocalDefStart)>();
   while (kLocalDefStart.has(token)) {
     Definition d;
     {
-      Frame behind(kClose);
+      Frame<kClose> behind;
       d = local_def();
     }
-    take(tokSemicolon, kClose);
+    take<kClose>(tokSemicolon);
     if (d.extra) append(&list, mParticle1(d.extra, nullptr));
     append(&list, mParticle1(d.def, nullptr));
-    at(may(kLocalDefStart));
+    at<may(kLocalDefStart)>();
   }
   return finish(&list, mParticle0());
 }
@@ -431,7 +433,7 @@ tAsynt local_defs() {
 tAsynt id_list() {
   tAsynt list = mSymbol0();
   do {
-    const tAsynt symbol = symbol_of(take(tokId, need(tokId) + may(tokComma)));
+    const tAsynt symbol = symbol_of(take<need(tokId) + may(tokComma)>(tokId));
     list = mSymbol1(symbol, list);
   } while (another_item());
   return list;

@@ -53,7 +53,7 @@ tAsynt one(tAsynt e) { return mExpression1(e, mExpression0()); }
 
 // string_or_id = string | id
 string string_or_id() {
-  at(need(tokens(tokString, tokId)));
+  at<need(tokens(tokString, tokId))>();
   if (token == tokString) return take(tokString).Text;
   return NamedSymbol_Name(take(tokId).Symbol);
 }
@@ -63,7 +63,7 @@ Operand message(tAsynt symbol) {
   next();
   const string tag = string_or_id();
   string language = "";
-  at(may(tokTag));
+  at<may(tokTag)>();
   if (token == tokTag) {
     next();
     language = string_or_id();
@@ -76,10 +76,10 @@ Operand tag_definition(tAsynt tag) {
   next();
   Operand lhs;
   {
-    Frame behind(may(kOperators) + need(kAtAssignment));
+    Frame<may(kOperators) + need(kAtAssignment)> behind;
     lhs = climb(kLoosest, kAtAssignment);
   }
-  at(need(kAtAssignment));
+  at<need(kAtAssignment)>();
   if (token != tokSet && token != tokSetDelayed) {
     take(tokUnset);
     return node(mXTagUnset(tag, lhs.tree), lhs.depth);
@@ -95,7 +95,7 @@ Operand named_pattern(tAsynt name, const Operand& object) { return node(mXPatter
 // id_operand = id | message | id ":" expr | tag_definition | id pattern_foo
 Operand id_operand() {
   const tAsynt symbol = symbol_of(take(tokId));
-  at(may(kIdTail));
+  at<may(kIdTail)>();
   switch (token) {
     case tokTag: return message(symbol);
     case tokTagSet: return tag_definition(symbol);
@@ -109,9 +109,10 @@ Operand id_operand() {
 }
 
 // Brackets around an operand list, the closing one not yet passed.
-Operands bracketed(const Rest& closing) {
+template <Rest closing>
+Operands bracketed() {
   next();
-  Frame behind(closing);
+  Frame<closing> behind;
   return expr_list();
 }
 
@@ -120,16 +121,16 @@ Operand parenthesised() {
   next();
   Operand inner;
   {
-    Frame behind(need(tokRParen));
+    Frame<need(tokRParen)> behind;
     inner = expr();
   }
-  take(tokRParen, need(tokRParen));
+  take<need(tokRParen)>(tokRParen);
   return inner;
 }
 
 // list = "{" expr_list "}"
 Operand list() {
-  const Operands items = bracketed(need(tokRBrace));
+  const Operands items = bracketed<need(tokRBrace)>();
   take(tokRBrace);
   return node(make_list(kXList, items.list), items.depth);
 }
@@ -147,21 +148,16 @@ Operand prefixed(Asynt_tKind kind, int limit) {
   return node(make_unary(kind, e.tree), e.depth);
 }
 
-// "+" expr is a sum of one operand.
 Operand prefix_plus() {
   next();
-  const Operand e = climb(kSignLimit);
-  const tAsynt cell = one(e.tree);
-  Operand sum = node(make_list(kXPlus, cell), e.depth);
-  sum.last = cell;
-  return sum;
+  return make_prefix_plus(climb(kSignLimit));
 }
 
 // slot = "#" [ integer ] | "##" [ integer ]
 Operand slot() {
   const bool sequence = token == tokSlotSequence;
   next();
-  at(may(tokInteger));
+  at<may(tokInteger)>();
   const int number = token == tokInteger ? atoi_and_free(take(tokInteger).Text) : 1;
   return leaf(sequence ? mSlotSequence(number) : mSlot(number));
 }
@@ -171,10 +167,10 @@ Operand unset() {
   next();
   Operand e;
   {
-    Frame behind(need(tokUnset));
+    Frame<need(tokUnset)> behind;
     e = expr();
   }
-  take(tokUnset, need(tokUnset));
+  take<need(tokUnset)>(tokUnset);
   return node(make_unary(kXUnset, e.tree), e.depth);
 }
 
@@ -185,19 +181,19 @@ constexpr Rest kModuleVars = may(kVarStart) + need(tokRBrace) + need(tokComma) +
 Operand module() {
   const bool block = token == tokKeyBlock;
   next();
-  take(tokLBracket, need(tokLBracket) + need(tokLBrace) + kModuleVars);
-  take(tokLBrace, need(tokLBrace) + kModuleVars);
+  take<need(tokLBracket) + need(tokLBrace) + kModuleVars>(tokLBracket);
+  take<need(tokLBrace) + kModuleVars>(tokLBrace);
   tAsynt symbols;
   Operands values;
   {
-    Frame behind(need(tokRBrace) + need(tokComma) + kModuleBody);
+    Frame<need(tokRBrace) + need(tokComma) + kModuleBody> behind;
     local_vars(&symbols, &values);
   }
   take(tokRBrace);
-  take(tokComma, need(tokComma) + kModuleBody);
+  take<need(tokComma) + kModuleBody>(tokComma);
   Operand body;
   {
-    Frame behind(need(tokRBracket));
+    Frame<need(tokRBracket)> behind;
     body = expr();
   }
   take(tokRBracket);
@@ -208,11 +204,12 @@ Operand module() {
 
 // context_elem = id { "[" expr_list "]" }
 Operand context_elem() {
-  Operand e = leaf(symbol_of(take(tokId, need(tokId) + may(tokens(tokLBracket, tokBackquote)))));
+  Nest level;
+  Operand e = leaf(symbol_of(take<need(tokId) + may(tokens(tokLBracket, tokBackquote))>(tokId)));
   for (;;) {
-    at(may(tokens(tokLBracket, tokBackquote)));
+    at<may(tokens(tokLBracket, tokBackquote))>();
     if (token != tokLBracket) return e;
-    const Operands args = bracketed(need(tokRBracket) + may(tokens(tokLBracket, tokBackquote)));
+    const Operands args = bracketed<need(tokRBracket) + may(tokens(tokLBracket, tokBackquote))>();
     take(tokRBracket);
     e = node(make_funcall(e.tree, args.list), std::max(e.depth, args.depth));
   }
@@ -287,22 +284,22 @@ constexpr OperandTable kOperandTable = make_operands();
 Operand context(const Operator&, const Operand& lhs) { return context_exprs(&lhs); }
 
 Operand call(const Operator&, const Operand& fun) {
-  const Operands args = bracketed(need(tokRBracket));
+  const Operands args = bracketed<need(tokRBracket)>();
   take(tokRBracket);
   return node(make_funcall(fun.tree, args.list), std::max(fun.depth, args.depth));
 }
 
 Operand part(const Operator&, const Operand& lhs) {
-  const Operands subscripts = bracketed(need(tokRBracket) + need(tokRBracket));
+  const Operands subscripts = bracketed<need(tokRBracket) + need(tokRBracket)>();
   take(tokRBracket);
-  take(tokRBracket, need(tokRBracket));
+  take<need(tokRBracket)>(tokRBracket);
   return make_part(lhs, subscripts);
 }
 
 // expr "=>" id
 Operand indirect(const Operator&, const Operand& pointer) {
   next();
-  return node(mIndirect(pointer.tree, symbol_of(take(tokId, need(tokId)))), pointer.depth);
+  return node(mIndirect(pointer.tree, symbol_of(take<need(tokId)>(tokId))), pointer.depth);
 }
 
 Operand postfix(const Operator& op, const Operand& e) {
@@ -335,10 +332,10 @@ Operand infix_call(const Operator& op, const Operand& a) {
   next();
   Operand fun;
   {
-    Frame behind(may(kOperators) + need(tokTilde) + kOperand);
+    Frame<may(kOperators) + need(tokTilde) + kOperand> behind;
     fun = climb(kLoosest, kAtTilde);
   }
-  take(tokTilde, need(tokTilde) + kOperand);
+  take<need(tokTilde) + kOperand>(tokTilde);
   const Operand b = climb(op.level - 1);
   const tAsynt args = mExpression1(a.tree, one(b.tree));
   return node(make_funcall(fun.tree, args), std::max(fun.depth, deeper(a, b)));
@@ -357,15 +354,17 @@ Operand right(const Operator& op, const Operand& lhs) {
 }
 
 Operand flat(const Operator& op, const Operand& lhs) {
+  const tAsynt last = last_cell(op.kind, lhs.tree);
   next();
-  return make_variadic(op.kind, lhs, climb(op.level - 1));
+  return make_variadic(op.kind, lhs, last, climb(op.level - 1));
 }
 
 // expr ";" [ expr ]: a ";" with nothing behind it leaves no trace.
 Operand compound(const Operator& op, const Operand& lhs) {
+  const tAsynt last = last_cell(op.kind, lhs.tree);
   next();
-  at(may(kExprStart));
-  return kExprStart.has(token) ? make_variadic(op.kind, lhs, climb(op.level - 1)) : lhs;
+  at<may(kExprStart)>();
+  return kExprStart.has(token) ? make_variadic(op.kind, lhs, last, climb(op.level - 1)) : lhs;
 }
 
 // ineqs = ineq { ineq }; ineq = ( "==" | "!=" | ">" | ">=" | "<" | "<=" ) expr
@@ -419,10 +418,10 @@ const Operator& operator_of(int code) { return kOperatorTable.of[code]; }
 
 Operand climb(int limit, TokenSet stop) {
   Nest level;
-  at(kOperand);
+  at<kOperand>();
   Operand e = kOperandTable.of[token]();
   for (;;) {
-    at(kNothing);
+    at<kNothing>();
     const Operator& op = operator_of(token);
     if (op.level > limit || stop.has(token)) return e;
     e = op.apply(op, e);
@@ -432,7 +431,7 @@ Operand climb(int limit, TokenSet stop) {
 // The head of a blank takes everything that can be an expression, also across ";".
 Operand blank(int code, tAsynt (*make)(tAsynt)) {
   take(code);
-  at(may(kExprStart));
+  at<may(kExprStart)>();
   if (!kExprStart.has(token)) return node(make(mEmpty()), 1);
   const Operand head = expr();
   return node(make(head.tree), head.depth);
@@ -441,12 +440,12 @@ Operand blank(int code, tAsynt (*make)(tAsynt)) {
 }  // namespace
 
 Operand expr() {
-  Frame behind(may(kOperators));
+  Frame<may(kOperators)> behind;
   return climb(kLoosest);
 }
 
 Operand tight_expr() {
-  Frame behind(may(kTightOperators));
+  Frame<may(kTightOperators)> behind;
   return climb(kAboveSemicolon);
 }
 
@@ -454,12 +453,12 @@ Operand tight_expr() {
 Operands expr_list() {
   List list;
   int depth = 0;
-  at(may(kExprStart));
+  at<may(kExprStart)>();
   bool more = kExprStart.has(token);
   while (more) {
     Operand e;
     {
-      Frame behind(may(kOperators) + may(tokComma));
+      Frame<may(kOperators) + may(tokComma)> behind;
       e = climb(kLoosest);
     }
     append(&list, mExpression1(e.tree, nullptr));
@@ -482,10 +481,10 @@ Operand pattern_foo() {
 
 // pattern = [ id ] pattern_foo
 Operand pattern() {
-  at(kPattern);
+  at<kPattern>();
   if (token != tokId) return pattern_foo();
   const tAsynt name = symbol_of(take(tokId));
-  at(need(kBlanks) + may(kExprStart));
+  at<need(kBlanks) + may(kExprStart)>();
   return named_pattern(name, pattern_foo());
 }
 

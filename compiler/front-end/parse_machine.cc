@@ -3,6 +3,7 @@
 #include "parse_machine.h"
 
 #include <string>
+#include <vector>
 
 #include "Errors.h"
 
@@ -14,8 +15,8 @@ namespace {
 
 constexpr size_t kExpectedLength = 255;  // of the list of expected tokens
 
-const Frame ground;
-bool repairing = false;  // from a syntax error until a token of the input is taken
+std::vector<Following> frames;  // the first one lies under all others: nothing can follow
+bool repairing = false;         // from a syntax error until a token of the input is taken
 int errors = 0;
 
 // The names in the order of the codes, up to the first one that does not fit.
@@ -45,10 +46,21 @@ void skip_to(TokenSet restart) {
 
 }  // namespace
 
-const Frame* top_frame = nullptr;
+Following* following = nullptr;
+
+void push_following(const Rest& rest) {
+  if (following == &frames.back()) {
+    frames.resize(2 * frames.size());
+    following = &frames[frames.size() / 2 - 1];
+  }
+  const Following below = *following++;
+  following->accept = rest.nullable ? rest.first | below.accept : rest.first;
+  following->restart = rest.all | below.restart;
+}
 
 void start() {
-  top_frame = &ground;
+  if (frames.empty()) frames.resize(256);
+  following = frames.data();
   repairing = false;
   errors = 0;
   token = scan_GetToken();
@@ -64,8 +76,8 @@ void next() {
 void unexpected(const Rest& place) {
   if (repairing) return;
   errors++;
-  report_expected(place.nullable ? place.first | top_frame->accept : place.first);
-  skip_to(place.all | top_frame->restart | tokens(tokEndOfFile));
+  report_expected(place.nullable ? place.first | following->accept : place.first);
+  skip_to(place.all | following->restart | tokens(tokEndOfFile));
   repairing = true;
 }
 

@@ -17,21 +17,22 @@ using Symtab = SymtabNode*;  // null is the empty table
 
 // The storage of tables; they live until their pool is cleared.
 struct SymtabPool {
-  std::vector<SymtabNode*> blocks;
-  size_t used = 0;  // nodes in use, over all blocks
+  std::vector<char*> blocks;
+  size_t block = 0;  // blocks in use
+  size_t used = 0;   // bytes in use of the last of them
 };
 
 // Forgets all tables of the pool; its memory is kept for new ones.
 void symtab_clear(SymtabPool* pool);
 
-uint64_t symtab_hash(const char* name);
+uint32_t symtab_hash(const char* name);
 
 // The symbol information that a name is bound to, or null. hash is symtab_hash(name).
-tAsynt symtab_find(Symtab table, uint64_t hash, const char* name);
+tAsynt symtab_find(Symtab table, uint32_t hash, const char* name);
 
-// Binds the Name of a NamedSymbol in place: no other table may share parts of this one. An earlier binding stays.
-// Result: the symbol information that the name is bound to.
-tAsynt symtab_add(SymtabPool* pool, Symtab* table, uint64_t hash, tAsynt syminfo);
+// The place of a name's symbol information, made with null in it if the name is new; the caller fills it. It is changed
+// in place: no other table may share parts of this one. The text of the name is not copied.
+tAsynt* symtab_place(SymtabPool* pool, Symtab* table, uint32_t hash, const char* name);
 
 // All names of both tables, which stay as they are. Of a name in both the first table's binding is taken; clash, if not
 // null, is told of the two symbol informations if they differ.

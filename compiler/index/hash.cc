@@ -37,6 +37,9 @@ segment* new_segment() {
   return s;
 }
 
+// The bytes of n entries.
+size_t slots(int n) { return static_cast<size_t>(n) * sizeof(void*); }
+
 void push(element** chain, element* e) {
   e->next = *chain;
   *chain = e;
@@ -126,7 +129,7 @@ unsigned hash_x33_u4(const char* str, size_t len) {
 element* make_element(const char* key, size_t len, tAsynt entry, int size_hint) {
   element* e = static_cast<element*>(emalloc(sizeof(element)));
   *e = {len, 0, static_cast<char*>(std::memcpy(emalloc(len), key, len)), nullptr, {size_hint + 1, 1, nullptr}};
-  e->index_info.entries = static_cast<tAsynt*>(emalloc((static_cast<size_t>(size_hint) + 1) * sizeof(tAsynt)));
+  e->index_info.entries = static_cast<tAsynt*>(emalloc(slots(size_hint + 1)));
   e->index_info.entries[0] = entry;
   e->index_info.entries[1] = nullptr;
   return e;
@@ -142,7 +145,7 @@ int append_entry(Index_info* info, tAsynt entry) {
   if (info->alloced_size <= info->used_size + 1) {
     if (info->alloced_size > INT_MAX / 2) die_msg("Too many entries of one name.");
     info->alloced_size *= 2;
-    void* grown = erealloc(info->entries, static_cast<size_t>(info->alloced_size) * sizeof(tAsynt));
+    void* grown = erealloc(info->entries, slots(info->alloced_size));
     if (!grown) die_msg("Out of memory. malloc failed.");
     info->entries = static_cast<tAsynt*>(grown);
   }

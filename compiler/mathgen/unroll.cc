@@ -31,6 +31,7 @@ void (*unroll_Exit)() = leave;
 
 namespace unrolling {
 
+std::vector<tAsynt> entered_nodes;
 tAsynt model_name = nullptr;
 tAsynt current_instance_context = nullptr;
 tAsynt current_indices = nullptr;
@@ -76,9 +77,12 @@ Chain BeginInst(tAsynt inst, const Actuals& actuals) {
   current_instance_context = AppendContext(current_instance_context, Object_Name(inst));
   if (verbose_flag) trace((std::string("instance ") + unparse_string(current_instance_context)).c_str());
   Chain es = Parents2Expressions(Object_Parents(inst), actuals);
-  append(&es, mComment("Instance body: ", printed(Object_Name(inst))));
-  es = join(es, Capsules2Expressions(Object_Capsules(inst), actuals));
-  This2Current(&es.first, current_instance_context);
+  if (this_is_left()) This2Current(&es.first, current_instance_context);
+  Chain own;
+  append(&own, mComment("Instance body: ", printed(Object_Name(inst))));
+  own = join(own, Capsules2Expressions(Object_Capsules(inst), actuals));
+  This2Current(&own.first, current_instance_context);
+  es = join(es, own);
   if (current_index_string) MarkSetMembers(&es.first);
   Chain body;
   append(&body, definition(lit_this, current_instance_context));
@@ -100,20 +104,20 @@ tAsynt define_indices() {
   return FFE2("DefineIndices", lit_indices, mXList(nowhere(), current_indices));
 }
 
-tAsynt instance_context(tAsynt inst, const Actuals& actuals) {
+tAsynt instance_context(tAsynt inst, const Actuals& actuals, SymbolLog* log) {
   Chain body = BeginInst(inst, actuals);
   if (in_set()) {
     Chain format_list;  // only the context of a set keeps the rules
     InsertIndices(&body.first);
     AdjustTopLHS(&body.first, &format_list);
   }
-  Absolutize(&body.first, current_instance_context);
+  Absolutize(&body.first, current_instance_context, log);
   EndInst();
   prepend(&body, disable_DefineIndices ? mEmpty() : define_indices());
   return mContext(current_instance_context, finish(body));
 }
 
-tAsynt set_context(tAsynt inst, const Actuals& actuals) {
+tAsynt set_context(tAsynt inst, const Actuals& actuals, SymbolLog* log) {
   tAsynt names = Symbols2Expressions(InstanceSet_IndexNames(inst));
   current_indices = AppendExps(current_indices, names);
   current_index_string = AddToIndexString(current_index_string, inst, names);
@@ -121,7 +125,7 @@ tAsynt set_context(tAsynt inst, const Actuals& actuals) {
   Chain format_list;
   InsertIndices(&body.first);
   AdjustTopLHS(&body.first, &format_list);
-  Absolutize(&body.first, current_instance_context);
+  Absolutize(&body.first, current_instance_context, log);
   NukeRightPatterns(format_list);
   if (!disable_DefineIndices) prepend(&format_list, define_indices());
   if (format_list.first) Absolutize(&format_list.first, current_instance_context);
@@ -129,14 +133,14 @@ tAsynt set_context(tAsynt inst, const Actuals& actuals) {
   return mContext(current_instance_context, finish(join(format_list, body)));
 }
 
-tAsynt Instantiate(tAsynt inst, const Actuals& actuals) {
+tAsynt Instantiate(tAsynt inst, const Actuals& actuals, SymbolLog* log) {
   const Surroundings surroundings;
   if (instance_nesting++ == kMaxInstanceNesting)
     die_msg("Instances are nested too deeply (more than %d levels)", kMaxInstanceNesting);
   tAsynt context;
   switch (Asynt_Kind(inst)) {
-    case kInstance: context = instance_context(inst, actuals); break;
-    case kInstanceSet: context = set_context(inst, actuals); break;
+    case kInstance: context = instance_context(inst, actuals, log); break;
+    case kInstanceSet: context = set_context(inst, actuals, log); break;
     default: routine_failed("Instantiate");
   }
   instance_nesting--;
@@ -161,8 +165,10 @@ Actuals no_actuals() { return {mSymbol0(), mExpression0(), mExpression0()}; }
 tAsynt part_cell(tAsynt inst, const Actuals& actuals) {
   indent_level++;
   if (verbose_flag) trace("part:");
+  SymbolLog* const log = new_symbol_log();
   Chain chain;
-  append(&chain, Instantiate(inst, actuals));
+  append(&chain, Instantiate(inst, actuals, log));
+  keep_symbol_log(Expression1_Expression(chain.first), log);
   indent_level--;
   RememberInstance(chain.first, AppendContext(current_instance_context, Object_Name(inst)), inst);
   return chain.first;
@@ -194,8 +200,10 @@ Chain Objects2Expressions(tAsynt objects) {
     tAsynt name = Object_Name(object);
     Chain item;
     append(&item, mSymbol(PrependContext(model_name, Symbol_SymInfo(name))));
-    append(&item, Instantiate(object, no_actuals()));
-    ShareSymis(&Expression1_Expressions(item.first));
+    SymbolLog* const log = new_symbol_log();
+    append(&item, Instantiate(object, no_actuals(), log));
+    ShareSymis(log);
+    if (met_indexed_path()) Unsetify(&item.first);
     RememberInstance(item.first, name, object);
     chain = join(chain, item);
   }
@@ -348,9 +356,9 @@ void unroll(tAsynt* t, tIndex* instances) {
   begin_run(*t);
   tAsynt packages = with_packages(Model_Packages(*t));
   const Chain objects = Objects2Expressions(Model_Objects(*t));
-  const Chain globals = Particles2Expressions(Model_Globals(*t), no_actuals());
+  Chain globals = Particles2Expressions(Model_Globals(*t), no_actuals());
+  if (globals.first) Unsetify(&globals.first);
   tAsynt body = finish(join(laundry_list, join(globals, objects)));
-  Unsetify(&body);
   *t = mPackage(Model_Name(*t), packages, body);
   *instances = instance_index;
 }

@@ -97,12 +97,7 @@ struct InsertVisit {
       walk->walk(&RelativeNest_FullFormExpression(info));
   }
 
-  bool enter(tAsynt t) {
-    if (t->yyMark != 0) return false;
-    t->yyMark = 1;
-    walk->entered.push_back(t);
-    return true;
-  }
+  bool enter(tAsynt t) { return walk->entered.enter(t); }
 
   // f[y] of a member f is f[i][y].
   void call(tAsynt t) {

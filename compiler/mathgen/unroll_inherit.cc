@@ -19,7 +19,8 @@ namespace oz::unrolling {
 namespace {
 
 int nr_of_classes = 0;
-int depth = 0;  // of inheritance, over parts too
+int depth = 0;           // of inheritance, over parts too
+bool left_this = false;  // a class was expanded with too few or too many actuals
 
 // A chain of classes takes stack with each class.
 constexpr int kMaxDepth = 5000;
@@ -50,72 +51,35 @@ struct Value {
   tAsynt rhs;
 };
 
-// Puts values in the places of formals. left tells which of the two values counts.
+bool starts_at_this(tAsynt components) {
+  return Asynt_Kind(components) == kExpression1 && Asynt_Kind(Expression1_Expression(components)) == kThis;
+}
+
+// `this` is the instance; a path from it is a path from the instance's own names.
+bool current_place(tAsynt* place, tAsynt context) {
+  switch (Asynt_Kind(*place)) {
+    case kContext:
+    case kPosConv: return false;
+    case kThis: *place = context; return false;
+    case kFullSymbol:
+    case kAbsoluteSymbol: {
+      tAsynt* components = components_of(*place);
+      if (starts_at_this(*components)) *components = Expression1_Expressions(*components);
+      return true;
+    }
+    default: return true;
+  }
+}
+
+// Puts values in the places of formals, and a context in the place of `this` unless it is null, in one walk. `left`
+// tells which of the two values counts.
 class Substitution {
  public:
-  explicit Substitution(const std::vector<Value>& values) : values_(values) {}
-  ~Substitution() {
-    for (tAsynt t : entered_) t->yyMark = 0;
-  }
+  // Only the first `count` values count.
+  Substitution(const std::vector<Value>& values, size_t count, tAsynt context)
+      : values_(values), count_(count), context_(context) {}
   Substitution(const Substitution&) = delete;
   Substitution& operator=(const Substitution&) = delete;
-
-  // Only the first `count` formals count.
-  void run(tAsynt* tree, bool left, size_t count) {
-    count_ = count;
-    FormalSubst(tree, left);
-  }
-
- private:
-  const Value* find(tAsynt symbol) const {
-    if (Asynt_Kind(symbol) != kSymbol || Asynt_Kind(Symbol_SymInfo(symbol)) != kSimpleSymbol) return nullptr;
-    const char* name = NamedSymbol_Name(Symbol_SymInfo(symbol));
-    // The first of two formals with one name counts last.
-    for (size_t i = count_; i-- > 0;)
-      if (std::strcmp(values_[i].formal, name) == 0) return &values_[i];
-    return nullptr;
-  }
-
-  static tAsynt copy(const Value* v, bool left) { return CopyAsynt(left ? v->lhs : v->rhs); }
-
-  bool enter(tAsynt t) {
-    if (t->yyMark != 0) return false;
-    t->yyMark = 1;
-    entered_.push_back(t);
-    return true;
-  }
-
-  // A path from a formal starts at the actual value, and is known from the root then.
-  void substitute_path(tAsynt symbol, bool left) {
-    tAsynt path = Symbol_SymInfo(symbol);
-    tAsynt components = FullSymbol_Components(path);
-    walk_component_arguments(components, [&](tAsynt* args) { FormalSubst(args, left); });
-    if (Asynt_Kind(components) != kExpression1) return;
-    const Value* v = find(Expression1_Expression(components));
-    if (!v) return;
-    tAsynt changed = mExpression1(copy(v, left), Expression1_Expressions(components));
-    Symbol_SymInfo(symbol) = mAbsoluteSymbol(SymInfo_Type(path), SymInfo_Pos(path), NamedSymbol_Name(path), changed);
-  }
-
-  void substitute_type(tAsynt type, bool left) {
-    if (Asynt_IsType(type, kArrayType) && enter(type)) FormalSubst(&ArrayType_Dimensions(type), left);
-    if (!Asynt_IsType(type, kMultiType) || !enter(type)) return;
-    for (tAsynt l = MultiType_Types(type); Asynt_Kind(l) == kType1; l = Type1_Types(l))
-      substitute_type(Type1_Type(l), left);
-  }
-
-  // Below a symbol: its path, the element that it names, the sizes in its type.
-  void substitute_symbol(tAsynt symbol, bool left) {
-    tAsynt info = Symbol_SymInfo(symbol);
-    if (Asynt_Kind(info) == kFullSymbol) {
-      substitute_path(symbol, left);
-    } else if (Asynt_Kind(info) == kRelativeNest) {
-      if (enter(info)) FormalSubst(&RelativeNest_FullFormExpression(info), left);
-    } else if (Asynt_Kind(info) == kAbsoluteSymbol) {
-      walk_component_arguments(AbsoluteSymbol_Components(info), [&](tAsynt* args) { FormalSubst(args, left); });
-    }
-    substitute_type(SymInfo_Type(info), left);
-  }
 
   void FormalSubst(tAsynt* place, bool left) {
     for (;;) {
@@ -123,11 +87,17 @@ class Substitution {
       if (!t) return;
       switch (Asynt_Kind(t)) {
         case kContext:
-        case kXPattern: return;  // a pattern variable hides a formal of its name
+        case kPosConv: return;
+        case kXPattern:  // a pattern variable hides a formal of its name
+          if (context_) This2Current(place, context_);
+          return;
+        case kThis:
+          if (context_) *place = context_;
+          return;
         case kSymbol:
           if (const Value* v = find(t))
             *place = copy(v, left);
-          else
+          else if (entered_.enter(t))
             substitute_symbol(t, left);
           return;
         case kXSetDelayed:
@@ -137,12 +107,12 @@ class Substitution {
         case kXUpSet:
         case kXUpSetDelayed:
         case kSetOnce:
-          if (!enter(t)) return;
+          if (!entered_.enter(t)) return;
           FormalSubst(&Binary_LHS(t), true);
           place = &Binary_RHS(t);
           continue;
         case kSimpleFFE:
-          if (!enter(t)) return;
+          if (!entered_.enter(t)) return;
           FormalSubst(&FullFormExpression_Args(t), left);
           FormalSubst(&SimpleFFE_Name(t), left);
           // The two kinds of call have the same fields.
@@ -151,15 +121,60 @@ class Substitution {
         default: break;
       }
       const TreeKind& k = Asynt_Schema.kinds[t->yyKind];
-      if (k.child_count == 0 || !enter(t)) return;
+      if (k.child_count == 0 || !entered_.enter(t)) return;
       for (int i = 0; i + 1 < k.child_count; i++) FormalSubst(&tree_raw_slot<tAsynt>(t, k.children[i]), left);
       place = &tree_raw_slot<tAsynt>(t, k.children[k.child_count - 1]);
     }
   }
 
+ private:
+  const Value* find(tAsynt symbol) const {
+    if (count_ == 0 || Asynt_Kind(symbol) != kSymbol || Asynt_Kind(Symbol_SymInfo(symbol)) != kSimpleSymbol)
+      return nullptr;
+    const char* name = NamedSymbol_Name(Symbol_SymInfo(symbol));
+    // Of two formals with one name the last is substituted first and leaves nothing for the other.
+    for (size_t i = count_; i-- > 0;)
+      if (std::strcmp(values_[i].formal, name) == 0) return &values_[i];
+    return nullptr;
+  }
+
+  static tAsynt copy(const Value* v, bool left) { return CopyAsynt(left ? v->lhs : v->rhs); }
+
+  // A path from a formal starts at the actual value, and is known from the root then.
+  void substitute_path(tAsynt symbol, bool left) {
+    tAsynt path = Symbol_SymInfo(symbol);
+    tAsynt components = FullSymbol_Components(path);
+    if (Asynt_Kind(components) != kExpression1) return;
+    const Value* v = find(Expression1_Expression(components));
+    if (!v) return;
+    tAsynt changed = mExpression1(copy(v, left), Expression1_Expressions(components));
+    Symbol_SymInfo(symbol) = mAbsoluteSymbol(SymInfo_Type(path), SymInfo_Pos(path), NamedSymbol_Name(path), changed);
+  }
+
+  void substitute_type(tAsynt type, bool left) {
+    if (Asynt_IsType(type, kArrayType) && entered_.enter(type)) FormalSubst(&ArrayType_Dimensions(type), left);
+    if (!Asynt_IsType(type, kMultiType) || !entered_.enter(type)) return;
+    for (tAsynt l = MultiType_Types(type); Asynt_Kind(l) == kType1; l = Type1_Types(l))
+      substitute_type(Type1_Type(l), left);
+  }
+
+  // Below a symbol: its path, the element that it names, the sizes in its type.
+  void substitute_symbol(tAsynt symbol, bool left) {
+    tAsynt info = Symbol_SymInfo(symbol);
+    if (tAsynt* components = components_of(info)) {
+      if (context_ && starts_at_this(*components)) *components = Expression1_Expressions(*components);
+      walk_component_arguments(*components, [&](tAsynt* args) { FormalSubst(args, left); });
+      if (Asynt_Kind(info) == kFullSymbol) substitute_path(symbol, left);
+    } else if (Asynt_Kind(info) == kRelativeNest && entered_.enter(info)) {
+      FormalSubst(&RelativeNest_FullFormExpression(info), left);
+    }
+    substitute_type(SymInfo_Type(info), left);
+  }
+
   const std::vector<Value>& values_;
-  size_t count_ = 0;
-  std::vector<tAsynt> entered_{};
+  size_t count_;
+  tAsynt context_;  // what `this` becomes
+  Entered entered_{};
 };
 
 // The parameters as far as the three lists go together. The formals are substituted from the last to the first, so that
@@ -172,8 +187,8 @@ std::vector<Value> make_values(const Actuals& actuals, bool* complete) {
   while (Asynt_Kind(f) == kSymbol1 && Asynt_Kind(l) == kExpression1 && Asynt_Kind(r) == kExpression1) {
     const char* name = NamedSymbol_Name(Symbol_SymInfo(Symbol1_Symbol(f)));
     Value v{name, CopyAsynt(Expression1_Expression(l)), CopyAsynt(Expression1_Expression(r))};
-    Substitution(values).run(&v.lhs, true, values.size());
-    Substitution(values).run(&v.rhs, false, values.size());
+    Substitution(values, values.size(), nullptr).FormalSubst(&v.lhs, true);
+    Substitution(values, values.size(), nullptr).FormalSubst(&v.rhs, false);
     values.push_back(v);
     f = Symbol1_Symbols(f);
     l = Expression1_Expressions(l);
@@ -187,8 +202,8 @@ std::vector<Value> make_values(const Actuals& actuals, bool* complete) {
 void Parametrize(Chain* e, const Actuals& actuals) {
   bool complete;
   const std::vector<Value> values = make_values(actuals, &complete);
-  if (complete && e->first) This2Current(&e->first, this_context());
-  if (e->first && !values.empty()) Substitution(values).run(&e->first, false, values.size());
+  if (!complete) left_this = true;
+  Substitution(values, values.size(), complete ? this_context() : nullptr).FormalSubst(&e->first, false);
   tAsynt f = actuals.formals;
   Chain definitions;
   for (const Value& v : values) {
@@ -210,10 +225,6 @@ tAsynt container_or_die() {
   tAsynt container = ContainerContext(current_instance_context);
   if (!container) this_at_global_level();
   return container;
-}
-
-bool starts_at_this(tAsynt components) {
-  return Asynt_Kind(components) == kExpression1 && Asynt_Kind(Expression1_Expression(components)) == kThis;
 }
 
 // In the header of an instance `this` is the object around it.
@@ -241,7 +252,7 @@ void This2Container(tAsynt* t) { walk_places(t, container_place); }
 void ParametrizeArglist(tAsynt* args, tAsynt formals, tAsynt actuals) {
   bool complete;
   const std::vector<Value> values = make_values({formals, actuals, actuals}, &complete);
-  if (!values.empty()) Substitution(values).run(args, false, values.size());
+  Substitution(values, values.size(), nullptr).FormalSubst(args, false);
   if (!complete) return;
   This2Container(args);
   if (tAsynt container = ContainerContext(current_instance_context)) Absolutize(args, container);
@@ -301,27 +312,16 @@ Chain inherit_parent(tAsynt parent, const Actuals& actuals) {
   return inherited;
 }
 
-bool current_place(tAsynt* place, tAsynt context) {
-  switch (Asynt_Kind(*place)) {
-    case kContext: return false;
-    case kThis: *place = context; return false;
-    case kFullSymbol:
-    case kAbsoluteSymbol: {
-      tAsynt* components = components_of(*place);
-      if (starts_at_this(*components)) *components = Expression1_Expressions(*components);
-      return true;
-    }
-    default: return true;
-  }
-}
-
 }  // namespace
 
 void begin_inheritance(int classes) {
   nr_of_classes = classes;
   depth = 0;
   this_group = nullptr;
+  left_this = false;
 }
+
+bool this_is_left() { return left_this; }
 
 void This2Current(tAsynt* t, tAsynt context) {
   walk_places(t, [context](tAsynt* place) { return current_place(place, context); });

@@ -1,5 +1,6 @@
 // Names of an instance: relative names become absolute, equal names share one node, indices move out of paths.
 
+#include <deque>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -10,52 +11,74 @@
 
 namespace oz::unrolling {
 
+// A null in front of a symbol says that it stands in a host auxiliary; a Context stands for the log of a part.
+struct SymbolLog {
+  std::vector<tAsynt> items{};
+};
+
 namespace {
+
+std::deque<SymbolLog> logs;                     // of the top-level instance at work and its parts
+std::unordered_map<tAsynt, SymbolLog*> log_of;  // of the parts, by their contexts
+bool indexed_path = false;
 
 // ---- absolute names
 
 // One walk that makes names absolute. The symbols of one name that share their information go on sharing it, but not
 // inside of host auxiliaries, where each keeps its own.
-struct Absolutizer {
+struct AbsolutizeVisit {
   tAsynt context;
-  std::unordered_map<tAsynt, tAsynt> made{};
+  SymbolLog* log;
+  std::unordered_map<tAsynt, tAsynt>* made;
+  PlaceWalk<AbsolutizeVisit>* walk;
   int in_auxiliary = 0;
+
+  void note(tAsynt item) const {
+    if (!log) return;
+    if (in_auxiliary && Asynt_Kind(item) == kSymbol) log->items.push_back(nullptr);
+    log->items.push_back(item);
+  }
 
   tAsynt absolute(tAsynt info, tAsynt path) const {
     return mAbsoluteSymbol(SymInfo_Type(info), SymInfo_Pos(info), NamedSymbol_Name(info), mExpression1(context, path));
   }
 
-  tAsynt absolute_simple(tAsynt info) {
+  tAsynt absolute_simple(tAsynt info) const {
     if (in_auxiliary) return absolute(info, mExpression0());
-    tAsynt& known = made[info];
+    tAsynt& known = (*made)[info];
     if (!known) known = absolute(info, mExpression0());
     return known;
   }
-};
 
-struct AbsolutizeVisit {
-  Absolutizer* a;
-  PlaceWalk<AbsolutizeVisit>* walk;
-
-  void path_arguments(tAsynt components) {
-    walk_component_arguments(components, [this](tAsynt* args) { walk->walk(args); });
+  // The names in a path are those of other objects and stay; the arguments of its indexed components are walked.
+  void path(tAsynt components) {
+    for (; Asynt_Kind(components) == kExpression1; components = Expression1_Expressions(components)) {
+      tAsynt c = Expression1_Expression(components);
+      if (Asynt_Kind(c) == kSimpleFFE) {
+        indexed_path = true;
+        walk->walk(&FullFormExpression_Args(c));
+        c = SimpleFFE_Name(c);
+      }
+      if (Asynt_Kind(c) == kSymbol) note(c);
+    }
   }
 
   void symbol(tAsynt t) {
     tAsynt info = Symbol_SymInfo(t);
     switch (Asynt_Kind(info)) {
-      case kSimpleSymbol: Symbol_SymInfo(t) = a->absolute_simple(info); break;
+      case kSimpleSymbol: Symbol_SymInfo(t) = absolute_simple(info); break;
       case kFullSymbol:
-        path_arguments(FullSymbol_Components(info));
-        Symbol_SymInfo(t) = a->absolute(info, FullSymbol_Components(info));
+        path(FullSymbol_Components(info));
+        Symbol_SymInfo(t) = absolute(info, FullSymbol_Components(info));
         break;
-      case kAbsoluteSymbol: path_arguments(AbsoluteSymbol_Components(info)); break;
+      case kAbsoluteSymbol: path(AbsoluteSymbol_Components(info)); break;
       case kRelativeNest:
         Symbol_SymInfo(t) = mAbsoluteNest(SymInfo_Type(info), SymInfo_Pos(info), RelativeNest_FullFormExpression(info));
         walk->walk(&AbsoluteNest_FullFormExpression(Symbol_SymInfo(t)));
         break;
       default: break;
     }
+    note(t);
     type(SymInfo_Type(Symbol_SymInfo(t)));
   }
 
@@ -70,22 +93,19 @@ struct AbsolutizeVisit {
   bool operator()(tAsynt* place) {
     tAsynt t = *place;
     switch (Asynt_Kind(t)) {
-      case kContext:
+      case kContext: note(t); return false;
       case kPosConv: return false;
       case kThis:
-        *place = mSymbol(mAbsoluteSymbol(mNoType(), NoPosition, "this", mExpression1(a->context, mExpression0())));
+        *place = mSymbol(mAbsoluteSymbol(mNoType(), NoPosition, "this", mExpression1(context, mExpression0())));
+        note(*place);
         return false;
       case kSymbol:
-        if (t->yyMark == 0) {
-          t->yyMark = 1;
-          walk->entered.push_back(t);
-          symbol(t);
-        }
+        if (walk->entered.enter(t)) symbol(t);
         return false;
       case kAlgAuxiliary:
-        a->in_auxiliary++;
+        in_auxiliary++;
         walk->walk(&AlgAuxiliary_Expression(t));
-        a->in_auxiliary--;
+        in_auxiliary--;
         return false;
       default: return true;
     }
@@ -93,19 +113,6 @@ struct AbsolutizeVisit {
 };
 
 // ---- sharing
-
-// The names of an instance by their printed text. The node of the last typed occurrence stands for all, or that of the
-// first occurrence if none has a type.
-struct Entry {
-  tAsynt node;
-  bool typed;
-};
-
-struct SharedNames {
-  std::unordered_map<std::string, Entry> by_text{};
-  std::unordered_map<tAsynt, Entry*> by_node{};
-  std::vector<tAsynt> symbols{};  // the Symbols whose information is to be replaced
-};
 
 // Formal parameters and names without a path belong to one function each: they are nobody else's.
 bool is_function_local(tAsynt info) {
@@ -117,47 +124,78 @@ bool is_function_local(tAsynt info) {
          std::string_view(NamedSymbol_Name(Symbol_SymInfo(first))) == "P$";
 }
 
-void collect_name(SharedNames* names, tAsynt info) {
-  Entry*& known = names->by_node[info];
-  if (known) return;
-  const bool typed = Asynt_Kind(SymInfo_Type(info)) != kNoType;
-  const auto [place, fresh] = names->by_text.try_emplace(unparse_string(info), Entry{info, typed});
-  known = &place->second;
-  if (!fresh && typed) *known = Entry{info, true};
-}
+// The names of an instance by their printed text. The node of the last typed occurrence stands for all, or that of the
+// first occurrence if none has a type. While the names are being shared, the mark of a symbol information is the number
+// of its entry, kLocal for one that is left alone.
+class NameSharing {
+ public:
+  explicit NameSharing(SymbolLog* log) {
+    CollectSymis(log);
+    DoShareSymis(log);
+  }
+  ~NameSharing() {
+    for (tAsynt info : infos_) info->yyMark = 0;
+  }
+  NameSharing(const NameSharing&) = delete;
+  NameSharing& operator=(const NameSharing&) = delete;
 
-struct CollectVisit {
-  SharedNames* names;
-  PlaceWalk<CollectVisit>* walk;
-  int in_auxiliary = 0;
+ private:
+  static constexpr uint32_t kLocal = 0xffffffff;
 
-  bool operator()(tAsynt* place) {
-    tAsynt t = *place;
-    switch (Asynt_Kind(t)) {
-      case kPosConv: return false;
-      case kSymbol: {
-        tAsynt info = Symbol_SymInfo(t);
-        if (is_function_local(info)) return true;
-        if (t->yyMark != 0) return false;
-        collect_name(names, info);
-        if (!in_auxiliary) names->symbols.push_back(t);
-        return true;
+  // The number of the entry of an information met for the first time.
+  uint32_t enter(tAsynt info) {
+    if (is_function_local(info)) return kLocal;
+    const auto [place, fresh] = by_text_.try_emplace(unparse_string(info), static_cast<uint32_t>(entries_.size() + 1));
+    if (fresh)
+      entries_.push_back(info);
+    else if (Asynt_Kind(SymInfo_Type(info)) != kNoType)
+      entries_[place->second - 1] = info;
+    return place->second;
+  }
+
+  void CollectSymis(const SymbolLog* log) {
+    for (tAsynt item : log->items) {
+      if (!item) continue;
+      if (Asynt_Kind(item) == kContext) {
+        const auto part = log_of.find(item);
+        if (part != log_of.end()) CollectSymis(part->second);
+        continue;
       }
-      case kAlgAuxiliary:
-        in_auxiliary++;
-        walk->walk(&AlgAuxiliary_Expression(t));
-        in_auxiliary--;
-        return false;
-      default: return true;
+      tAsynt info = Symbol_SymInfo(item);
+      if (info->yyMark != 0) continue;
+      info->yyMark = enter(info);
+      infos_.push_back(info);
     }
   }
+
+  // Host auxiliaries are left alone.
+  void DoShareSymis(const SymbolLog* log) const {
+    bool skip = false;
+    for (tAsynt item : log->items) {
+      if (!item || skip) {
+        skip = !item;
+        continue;
+      }
+      if (Asynt_Kind(item) == kContext) {
+        const auto part = log_of.find(item);
+        if (part != log_of.end()) DoShareSymis(part->second);
+        continue;
+      }
+      const uint32_t number = Symbol_SymInfo(item)->yyMark;
+      if (number != kLocal) Symbol_SymInfo(item) = entries_[number - 1];
+    }
+  }
+
+  std::vector<tAsynt> entries_{};
+  std::vector<tAsynt> infos_{};
+  std::unordered_map<std::string, uint32_t> by_text_{};
 };
 
 // ---- paths with indices
 
 struct Stripped {
   tAsynt info;     // the name without indices in its path
-  tAsynt indices;  // those indices, outermost first; null if there are none
+  tAsynt indices;  // those indices, outermost first
 };
 
 std::unordered_map<tAsynt, Stripped> stripped;
@@ -176,7 +214,9 @@ tAsynt RemoveAndCollectIndices(tAsynt components, Chain* indices) {
   return finish(bare);
 }
 
-bool has_indexed_component(tAsynt components) {
+bool has_indexed_path(tAsynt info) {
+  if (Asynt_Kind(info) != kAbsoluteSymbol) return false;
+  tAsynt components = AbsoluteSymbol_Components(info);
   for (; Asynt_Kind(components) == kExpression1; components = Expression1_Expressions(components))
     if (Asynt_Kind(Expression1_Expression(components)) == kSimpleFFE) return true;
   return false;
@@ -186,8 +226,6 @@ bool has_indexed_component(tAsynt components) {
 const Stripped& strip(tAsynt info) {
   Stripped& s = stripped[info];
   if (s.info) return s;
-  s.info = info;
-  if (Asynt_Kind(info) != kAbsoluteSymbol || !has_indexed_component(AbsoluteSymbol_Components(info))) return s;
   Chain indices;
   tAsynt components = RemoveAndCollectIndices(AbsoluteSymbol_Components(info), &indices);
   s.info = mAbsoluteSymbol(SymInfo_Type(info), SymInfo_Pos(info), NamedSymbol_Name(info), components);
@@ -195,69 +233,76 @@ const Stripped& strip(tAsynt info) {
   return s;
 }
 
-// The path's indices behind those of the sets around, in one list; null if the symbol has none of its own.
+// Takes the indices out of a symbol's path; null if there are none.
 tAsynt taken_indices(tAsynt symbol) {
-  if (Asynt_Kind(symbol) != kSymbol) return nullptr;
+  if (Asynt_Kind(symbol) != kSymbol || !has_indexed_path(Symbol_SymInfo(symbol))) return nullptr;
   const Stripped& s = strip(Symbol_SymInfo(symbol));
-  if (!s.indices) return nullptr;
   Symbol_SymInfo(symbol) = s.info;
   return CopyAsynt(s.indices);
 }
 
-// A member's own indices come ahead of those in the path behind them.
-bool merge_member_indices(tAsynt call) {
-  if (!is_index_list(FullFormExpression_Args(call))) return false;
-  tAsynt indices = taken_indices(SimpleFFE_Name(call));
-  if (indices) FullFormExpression_Args(call) = AppendExps(FullFormExpression_Args(call), indices);
-  return true;
+// A call or a member whose head has indices in its path. The set's own indices come ahead of those of the path, in one
+// list; the arguments of a call stay behind them.
+void unsetify_call(tAsynt* place, tAsynt indices) {
+  tAsynt t = *place;
+  tAsynt args = FullFormExpression_Args(t);
+  if (is_index_list(args))
+    FullFormExpression_Args(t) = AppendExps(args, indices);
+  else
+    *place = mComplexFFE(args, mSimpleFFE(indices, SimpleFFE_Name(t)));
 }
 
 bool unsetify_place(tAsynt* place) {
   tAsynt t = *place;
   switch (Asynt_Kind(t)) {
-    case kPosConv:
-    case kAbsoluteNest: return Asynt_Kind(t) == kAbsoluteNest;
+    case kPosConv: return false;
     case kSymbol: {
       tAsynt indices = taken_indices(t);
       if (!indices) return Asynt_Kind(Symbol_SymInfo(t)) == kAbsoluteNest;
       *place = mSimpleFFE(indices, t);
       return false;
     }
-    case kSimpleFFE: {
-      if (merge_member_indices(t)) return false;
-      tAsynt indices = taken_indices(SimpleFFE_Name(t));
-      if (!indices) return true;
-      tAsynt args = FullFormExpression_Args(t);
-      *place = mComplexFFE(args, mSimpleFFE(indices, SimpleFFE_Name(t)));
-      walk_places(&FullFormExpression_Args(*place), unsetify_place);
-      return false;
-    }
+    case kSimpleFFE:
+      if (tAsynt indices = taken_indices(SimpleFFE_Name(t))) {
+        walk_places(&FullFormExpression_Args(t), unsetify_place);
+        unsetify_call(place, indices);
+        return false;
+      }
+      return true;
     default: return true;
   }
 }
 
 }  // namespace
 
-void begin_names() { stripped.clear(); }
+void begin_names() {
+  logs.clear();
+  log_of.clear();
+  stripped.clear();
+  indexed_path = false;
+}
 
-void Absolutize(tAsynt* t, tAsynt context) {
-  Absolutizer a{context};
-  PlaceWalk<AbsolutizeVisit> walk{{&a, nullptr}};
+SymbolLog* new_symbol_log() { return &logs.emplace_back(); }
+
+void keep_symbol_log(tAsynt context, SymbolLog* log) { log_of[context] = log; }
+
+void Absolutize(tAsynt* t, tAsynt context, SymbolLog* log) {
+  std::unordered_map<tAsynt, tAsynt> made;
+  PlaceWalk<AbsolutizeVisit> walk{{context, log, &made, nullptr}};
   walk.visit.walk = &walk;
   walk.walk(t);
 }
 
-void ShareSymis(tAsynt* t) {
-  SharedNames names;
-  {
-    PlaceWalk<CollectVisit> walk{{&names, nullptr}};
-    walk.visit.walk = &walk;
-    walk.walk(t);
-  }
-  for (tAsynt symbol : names.symbols) {
-    const Entry* entry = names.by_node[Symbol_SymInfo(symbol)];
-    Symbol_SymInfo(symbol) = entry->node;
-  }
+void ShareSymis(SymbolLog* log) {
+  { const NameSharing sharing(log); }
+  logs.clear();
+  log_of.clear();
+}
+
+bool met_indexed_path() {
+  const bool met = indexed_path;
+  indexed_path = false;
+  return met;
 }
 
 void Unsetify(tAsynt* t) { walk_places(t, unsetify_place); }

@@ -32,30 +32,46 @@ Chain chain_of(tAsynt list);
 // there is to be entered, which happens once per node. It may put another node in the place, and returns false then.
 // The node marks say what was entered; they are 0 again at the end.
 
+// The nodes that the walks at work have entered, the innermost walk's last.
+extern std::vector<tAsynt> entered_nodes;
+
+// Notes what is entered while it lives.
+struct Entered {
+  size_t start = entered_nodes.size();
+  Entered() = default;
+  Entered(const Entered&) = delete;
+  Entered& operator=(const Entered&) = delete;
+  ~Entered() {
+    for (size_t i = start; i < entered_nodes.size(); i++) entered_nodes[i]->yyMark = 0;
+    entered_nodes.resize(start);
+  }
+  // False if the node was entered before.
+  bool enter(tAsynt t) {
+    if (t->yyMark != 0) return false;
+    t->yyMark = 1;
+    entered_nodes.push_back(t);
+    return true;
+  }
+};
+
 template <typename Visit>
 struct PlaceWalk {
   Visit visit;
-  std::vector<tAsynt> entered{};
-
-  ~PlaceWalk() {
-    for (tAsynt t : entered) t->yyMark = 0;
-  }
+  Entered entered{};
 
   void walk(tAsynt* place) {
     for (;;) {
       if (!*place || !visit(place)) return;
       tAsynt t = *place;
       const TreeKind& k = Asynt_Schema.kinds[t->yyKind];
-      if (k.child_count == 0 || t->yyMark != 0) return;
-      t->yyMark = 1;
-      entered.push_back(t);
+      if (k.child_count == 0 || !entered.enter(t)) return;
       for (int i = 0; i + 1 < k.child_count; i++) walk(&tree_raw_slot<tAsynt>(t, k.children[i]));
       place = &tree_raw_slot<tAsynt>(t, k.children[k.child_count - 1]);
     }
   }
 };
 
-// Walks all places of a list's cells; the cells themselves are entered too.
+// Walks all places of a tree, the given one first.
 template <typename Visit>
 void walk_places(tAsynt* tree, Visit visit) {
   PlaceWalk<Visit> w{visit};
@@ -117,6 +133,9 @@ void begin_inheritance(int nr_of_classes);
 // The definitions inherited from a list of parents, the first parent's last.
 Chain Parents2Expressions(tAsynt parents, const Actuals& actuals);
 
+// Whether a class was expanded whose actuals are not as many as its formals: `this` may be left in its definitions.
+bool this_is_left();
+
 // `this` in a tree becomes `context`; a path from it loses it.
 void This2Current(tAsynt* t, tAsynt context);
 
@@ -124,11 +143,24 @@ void This2Current(tAsynt* t, tAsynt context);
 
 void begin_names();
 
-// Relative names become names under the context.
-void Absolutize(tAsynt* t, tAsynt context);
+// The symbols of an instance in the order in which they stand in its context; those of the parts are in their places.
+struct SymbolLog;
 
-// Occurrences of one name in an instance share one node, which has the type that is declared anywhere in it.
-void ShareSymis(tAsynt* t);
+// Relative names become names under the context. The symbols are noted in the log unless that is null.
+void Absolutize(tAsynt* t, tAsynt context, SymbolLog* log = nullptr);
+
+// A log for the instance to be built, which the log of the instance around it will contain.
+SymbolLog* new_symbol_log();
+
+// Makes the log of a part known under its context.
+void keep_symbol_log(tAsynt context, SymbolLog* log);
+
+// Occurrences of one name in an instance share one node, which has the type that is declared anywhere in it. The logs
+// made so far are used up.
+void ShareSymis(SymbolLog* log);
+
+// Whether a path with indices was met since the last call.
+bool met_indexed_path();
 
 // Moves indices out of paths: a[1]`x becomes a`x[1].
 void Unsetify(tAsynt* t);

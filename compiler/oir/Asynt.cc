@@ -42,7 +42,7 @@ size_t max_node_size() {
 }
 #endif
 
-tAsynt alloc_for_copy(size_t size) { return Asynt_NewRaw(0, (size - sizeof(TreeNode)) / 8); }
+tAsynt alloc_for_copy(size_t fields) { return Asynt_NewRaw(kNoAsynt, fields); }
 
 }  // namespace
 

@@ -20,7 +20,7 @@ namespace oz {
 template <typename Node>
 struct TreeKit {
   const TreeSchema& schema;
-  Node* (*alloc)(size_t size);
+  Node* (*alloc)(size_t fields);  // a node whose head is clear
   // A field that a tree writes in its own way (null for none): true if it was written.
   bool (*write_special)(FILE* f, const Node* t, const TreeField& field, size_t slot) = nullptr;
 
@@ -61,33 +61,45 @@ struct TreeKit {
 
   // ---- copy
 
-  std::unordered_map<const Node*, Node*> old_to_new{};
+  // While a copy is made, the mark of a node that was copied and is referred to elsewhere too is kForwarded plus its
+  // number among these nodes.
+  static constexpr uint32_t kForwarded = 0x80000000;
+  struct Forwarded {
+    Node* old_node;
+    Node* new_node;
+  };
+  std::vector<Forwarded> forwarded{};
 
   Node* copy(Node* t) {
     Node* result = nullptr;
     mark(t);
     copy_into(t, &result);
-    old_to_new.clear();
+    for (const Forwarded& f : forwarded) f.old_node->yyMark = 0;
+    forwarded.clear();
     return result;
   }
 
-  // Copies t and stores the copy's address in *where. Mark 0 says that t was copied before.
+  // Copies t and stores the copy's address in *where.
   void copy_into(Node* t, Slot* where) {
     for (;;) {
       if (!t) {
         *where = nullptr;
         return;
       }
-      if (t->yyMark == 0) {
-        *where = old_to_new.at(t);
+      if (t->yyMark >= kForwarded) {
+        *where = forwarded[t->yyMark - kForwarded].new_node;
         return;
       }
       const TreeKind& k = kind_of(t);
-      const size_t size = tree_node_size(k);
-      Node* n = alloc(size);
-      if (t->yyMark > 1) old_to_new.emplace(t, n);
+      Node* n = alloc(k.field_count);
+      const bool shared = t->yyMark > 1;
       t->yyMark = 0;
-      std::memcpy(static_cast<void*>(n), static_cast<const void*>(t), size);
+      for (size_t i = 0; i < k.field_count; i++) tree_raw_slot<uint64_t>(n, i) = tree_raw_slot<uint64_t>(t, i);
+      n->yyKind = t->yyKind;
+      if (shared) {
+        t->yyMark = kForwarded + static_cast<uint32_t>(forwarded.size());
+        forwarded.push_back({t, n});
+      }
       *where = n;
       if (k.child_count == 0) return;
       for (int i = 0; i + 1 < k.child_count; i++) copy_into(child(t, k.children[i]), &child(n, k.children[i]));

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <initializer_list>
 #include <iterator>
+#include <random>
 #include <string>
 #include <utility>
 #include <vector>
@@ -165,6 +166,36 @@ TEST_F(UnparseTest, ExpressionsThatReadAgain) {
       {"Module[{u = 1}, u; v]", "Module [ { u = 1 },\nu;\nv]"},
       {"Block[{}, u]", "Block [ {  },\nu]"},
   });
+}
+
+// An expression with parentheses around every operand. Left out is what the model language reads otherwise than the
+// host: the postfix "!" and the head of a blank, which reach further, and an operator without an operand.
+std::string random_expression(std::mt19937* random, int depth) {
+  static const char* const leaves[] = {"a", "b", "2", ".5", "1.", "\"s\"", "#", "this", "f[x_]"};
+  static const char* const prefixes[] = {"-", "!", "++", "--"};
+  static const char* const postfixes[] = {"'", "!!", "++", "--", "..", "...", "&", "[]", "=>x"};
+  static const char* const infixes[] = {
+      "<>", "**", ".",  "*",   "+",  "^",  "/",  "-",  "===", "=!=", "&&",  "||", "|",  "==", "<",  ">=",  "/;",
+      "->", ":>", "/.", "//.", "+=", "-=", "*=", "/=", "=",   ":=",  "^:=", "?",  "/@", ";",  "@@", ":==", "//@"};
+  const auto one_of = [=](const auto& texts) { return std::string(texts[(*random)() % std::size(texts)]); };
+  const auto operand = [=] { return "(" + random_expression(random, depth - 1) + ")"; };
+  const unsigned form = depth == 0 ? 0 : (*random)() % 16;
+  if (form == 0) return one_of(leaves);
+  if (form < 3) return one_of(prefixes) + operand();
+  if (form < 6) return operand() + one_of(postfixes);
+  if (form == 6) return operand() + "[[" + operand() + "]]";
+  if (form == 7) return operand() + "[" + operand() + "," + operand() + "]";
+  if (form == 8) return "{" + operand() + "," + operand() + "}";
+  return operand() + one_of(infixes) + operand();
+}
+
+TEST_F(UnparseTest, RandomExpressionsReadAgain) {
+  std::mt19937 random(1);
+  for (int i = 0; i < 3000; i++) {
+    tAsynt tree = expression(random_expression(&random, 1 + i % 5));
+    const std::string text = unparse_string(tree);
+    EXPECT_EQ(tree_text(tree), tree_text(expression(text))) << text;
+  }
 }
 
 TEST_F(UnparseTest, FormsOfThePasses) {
