@@ -174,7 +174,8 @@ void MarkSetMembers(tAsynt* t);
 // Every relative name gets the indices.
 void InsertIndices(tAsynt* t);
 
-// Left sides get index patterns; the Format rules of the members that they define are added to the chain.
+// Left sides get index patterns; the Format rules of the members that they define are added to the chain,
+// if there is one.
 void AdjustTopLHS(tAsynt* t, Chain* format_list);
 
 // In the values of Format rules patterns become plain names.
