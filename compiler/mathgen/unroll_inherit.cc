@@ -106,11 +106,20 @@ class Substitution {
         case kXRuleDelayed:
         case kXUpSet:
         case kXUpSetDelayed:
-        case kSetOnce:
           if (!entered_.enter(t)) return;
           FormalSubst(&Binary_LHS(t), true);
           place = &Binary_RHS(t);
           continue;
+        case kSetOnce: {
+          // once f := e is f := (f = e): what keeps the value is all of it a right side.
+          if (!entered_.enter(t)) return;
+          FormalSubst(&Binary_LHS(t), true);
+          place = &Binary_RHS(t);
+          if (Asynt_Kind(*place) != kXSet || !entered_.enter(*place)) continue;
+          FormalSubst(&Binary_LHS(*place), left);
+          place = &Binary_RHS(*place);
+          continue;
+        }
         case kSimpleFFE:
           if (!entered_.enter(t)) return;
           FormalSubst(&FullFormExpression_Args(t), left);
