@@ -8,8 +8,8 @@ namespace oz {
 // A file descriptor; negative for a file that could not be opened.
 using tFile = int;
 
-// Open a file by name for reading or for writing (created and truncated). Result: the descriptor, or -1 with ErrNum() set.
-// Descriptors are closed with Close; they are not inherited by programs that this one starts.
+// Open a file by name for reading or for writing (created and truncated). Result: the descriptor, or -1 with ErrNum()
+// set. Descriptors are closed with Close; they are not inherited by programs that this one starts.
 tFile OpenInput(const char* FileName);
 tFile OpenOutput(const char* FileName);
 
@@ -23,8 +23,10 @@ void Close(tFile File);
 // Whether the descriptor is a character device, such as a terminal.
 bool IsCharacterSpecial(tFile File);
 
-// Fresh memory from the system, aligned for any object; null when there is none. It is never given back.
+// Fresh memory from the system, aligned for any object; null when there is none. SysFree gives a block of 256 KB or
+// more back; smaller ones are cut from areas and stay.
 char* SysAlloc(size_t ByteCount);
+void SysFree(char* a);
 
 // Processor time of this process in milliseconds.
 long Time();

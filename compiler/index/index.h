@@ -35,8 +35,9 @@ void clear_index(Index* index);
 // Frees an index and its keys, not the entries.
 void delete_index(Index* index);
 
-// Iteration over the keys: a list from the newest key to the oldest, a table by bucket. Removing the key just returned
-// is safe. The iterator is left to the heap.
+// Iteration over the keys: a list from the newest key to the oldest, a table by bucket. Entries of the key just
+// returned may be removed meanwhile; where that takes a key out of a table, the table may shrink and a later key be
+// passed over. There is no end call: an iterator lives as long as its index.
 Iter* start_iter(const Index* index);
 
 // The entries of the next key, or null at the end; iter_key is the key of the last call.

@@ -17,7 +17,7 @@ extern void (*ozt_Exit)();
 
 // ---- helpers that unrolling and the later passes share
 
-// A symbol of the host: an AbsoluteSymbol without components, which prints bare everywhere.
+// A symbol of the host: an AbsoluteSymbol without components, which prints bare everywhere. The text is not copied.
 tAsynt MkName(const char* s);
 
 // A call of MkName(s) with one or two arguments.

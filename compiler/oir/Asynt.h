@@ -9,7 +9,6 @@
 
 #include <cstddef>
 #include <cstdio>
-#include <source_location>
 
 #include "Positions.h"
 #include "treefwd.h"

@@ -6,6 +6,6 @@
 
 namespace oz {
 
-void tree_access_failure(std::source_location at) { internal_error(at.file_name(), static_cast<int>(at.line())); }
+void tree_access_failure(const char* file, int line) { internal_error(file, line); }
 
 }  // namespace oz

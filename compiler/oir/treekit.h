@@ -1,15 +1,14 @@
 // The half of a tree kit that is the same for every tree: nodes, the schema's tables, and the whole-tree operations
 // written once against those tables.
 //
-// A node is a head of 8 bytes and one 8-byte slot per field. A whole-tree operation first counts, in the node marks, how
-// often each node is referred to; it then clears each mark as it passes, so that between operations every mark is 0.
-// All operations share module state: none may run inside another, except that a dump may be started within a dump.
+// A node is a head of 8 bytes and one 8-byte slot per field. A whole-tree operation first counts, in the node marks,
+// how often each node is referred to; it then clears each mark as it passes, so that between operations every mark is
+// 0. All operations share module state: none may run inside another, except that a dump may be started within a dump.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <source_location>
 
 #include "Positions.h"
 #include "treefwd.h"
@@ -36,18 +35,20 @@ enum class FieldType : uint8_t {
 struct TreeField {
   const char* name;
   FieldType type;
-  uint16_t kind;  // for a child: the kind that it must have, or a descendant of it
+  uint16_t kind;  // for a child: the kind that it must have, or a descendant of it; 0 for any tree
 };
 
 inline constexpr int kMaxChildren = 6;
 
 struct TreeKind {
   const char* name;
-  uint16_t last;         // number of the last descendant
-  uint8_t field_count;   // fields, each one slot
-  uint8_t child_count;   // how many of them are children
-  bool cell;             // a list cell: the last child is the tail
-  uint8_t children[kMaxChildren];  // their slots, ascending
+  uint16_t last;                      // number of the last descendant
+  uint8_t field_count;                // fields, each one slot
+  uint8_t child_count;                // how many of them are children
+  bool cell;                          // a list cell: the last child is the tail
+  uint8_t children[kMaxChildren];     // their slots, ascending
+  uint16_t first_kind[kMaxChildren];  // what each child may be: a kind from here
+  uint16_t last_kind[kMaxChildren];   // to here
   const TreeField* fields;
 };
 
@@ -66,13 +67,13 @@ inline T& tree_raw_slot(Node* t, size_t slot) {
 }
 
 // The internal-error exit of a field access to a null node or to a node of the wrong kind.
-[[noreturn, gnu::cold]] void tree_access_failure(std::source_location at);
+[[noreturn, gnu::cold]] void tree_access_failure(const char* file, int line);
 
 // The slot of a field; the node's kind must lie in first..last. The check stays in release builds.
 template <typename T, typename Node>
-inline T& tree_slot(Node* t, unsigned first, unsigned last, size_t slot, std::source_location at) {
+inline T& tree_slot(Node* t, unsigned first, unsigned last, size_t slot, const char* file, int line) {
   if (t == nullptr || t->yyKind - first > last - first) [[unlikely]]
-    tree_access_failure(at);
+    tree_access_failure(file, line);
   return tree_raw_slot<T>(t, slot);
 }
 

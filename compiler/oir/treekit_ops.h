@@ -20,7 +20,7 @@ namespace oz {
 template <typename Node>
 struct TreeKit {
   const TreeSchema& schema;
-  Node* (*alloc)(size_t size);
+  Node* (*alloc)(size_t fields);  // a node whose head is clear
   // A field that a tree writes in its own way (null for none): true if it was written.
   bool (*write_special)(FILE* f, const Node* t, const TreeField& field, size_t slot) = nullptr;
 
@@ -32,10 +32,6 @@ struct TreeKit {
   bool known(const Node* t) const { return t->yyKind < schema.kind_count; }
   static Slot& child(Node* t, size_t slot) { return tree_raw_slot<Slot>(t, slot); }
   static Node* child(const Node* t, size_t slot) { return tree_raw_slot<Slot>(const_cast<Node*>(t), slot); }
-  bool is_type(const Node* t, unsigned kind) const {
-    return t && t->yyKind >= kind && t->yyKind <= schema.kinds[kind].last;
-  }
-
   // Counts the references into the tree: afterwards a node's mark is the number of places that point to it.
   void mark(Node* t) {
     while (t && ++t->yyMark == 1 && known(t)) {
@@ -60,33 +56,45 @@ struct TreeKit {
 
   // ---- copy
 
-  std::unordered_map<const Node*, Node*> old_to_new{};
+  // While a copy is made, the mark of a node that was copied and is referred to elsewhere too is kForwarded plus its
+  // number among these nodes.
+  static constexpr uint32_t kForwarded = 0x80000000;
+  struct Forwarded {
+    Node* old_node;
+    Node* new_node;
+  };
+  std::vector<Forwarded> forwarded{};
 
   Node* copy(Node* t) {
     Node* result = nullptr;
     mark(t);
     copy_into(t, &result);
-    old_to_new.clear();
+    for (const Forwarded& f : forwarded) f.old_node->yyMark = 0;
+    forwarded.clear();
     return result;
   }
 
-  // Copies t and stores the copy's address in *where. Mark 0 says that t was copied before.
+  // Copies t and stores the copy's address in *where.
   void copy_into(Node* t, Slot* where) {
     for (;;) {
       if (!t) {
         *where = nullptr;
         return;
       }
-      if (t->yyMark == 0) {
-        *where = old_to_new.at(t);
+      if (t->yyMark >= kForwarded) {
+        *where = forwarded[t->yyMark - kForwarded].new_node;
         return;
       }
       const TreeKind& k = kind_of(t);
-      const size_t size = tree_node_size(k);
-      Node* n = alloc(size);
-      if (t->yyMark > 1) old_to_new.emplace(t, n);
+      Node* n = alloc(k.field_count);
+      const bool shared = t->yyMark > 1;
       t->yyMark = 0;
-      std::memcpy(static_cast<void*>(n), static_cast<const void*>(t), size);
+      for (size_t i = 0; i < k.field_count; i++) tree_raw_slot<uint64_t>(n, i) = tree_raw_slot<uint64_t>(t, i);
+      n->yyKind = t->yyKind;
+      if (shared) {
+        t->yyMark = kForwarded + static_cast<uint32_t>(forwarded.size());
+        forwarded.push_back({t, n});
+      }
       *where = n;
       if (k.child_count == 0) return;
       for (int i = 0; i + 1 < k.child_count; i++) copy_into(child(t, k.children[i]), &child(n, k.children[i]));
@@ -139,6 +147,21 @@ struct TreeKit {
 
   // ---- check
 
+  // Whether the child with a number is of the kind that its field declares.
+  static bool child_is_good(const TreeKind& k, const Node* t, int number) {
+    const Node* c = child(t, k.children[number]);
+    return c && c->yyKind >= k.first_kind[number] && c->yyKind <= k.last_kind[number];
+  }
+
+  // Whether a node's kind is known and all its children are good.
+  bool node_is_good(const Node* t) const {
+    if (!known(t)) return false;
+    const TreeKind& k = kind_of(t);
+    for (int i = 0; i < k.child_count; i++)
+      if (!child_is_good(k, t, i)) return false;
+    return true;
+  }
+
   bool check(Node* t) {
     mark(t);
     return check_marked(t);
@@ -151,10 +174,9 @@ struct TreeKit {
       const TreeKind& k = kind_of(t);
       if (k.child_count == 0) return good;
       for (int i = 0; i < k.child_count; i++) {
-        const size_t slot = k.children[i];
-        if (is_type(child(t, slot), k.fields[slot].kind)) [[likely]]
+        if (child_is_good(k, t, i)) [[likely]]
           continue;
-        report_bad_child(t, slot);
+        report_bad_child(t, k.children[i]);
         good = false;
       }
       for (int i = 0; i + 1 < k.child_count; i++) {
@@ -370,13 +392,15 @@ struct TreeKit {
     }
   }
 
-  std::vector<Node*> skipped{};  // nodes met in a subtree without calls that are referred to elsewhere too
+  // Nodes that can keep a mark when the walk is over: met in a subtree without calls and referred to elsewhere too, or
+  // below a node that was replaced.
+  std::vector<Node*> leftovers{};
 
   void traverse_td2(Slot* t, char (*proc)(Slot*)) {
     mark(*t);
     td2_marked(t, proc);
-    for (Node* s : skipped) clear(s);  // what a cycle or a skipped place still holds
-    skipped.clear();
+    for (Node* n : leftovers) clear(n);
+    leftovers.clear();
   }
 
   void td2_marked(Slot* where, char (*proc)(Slot*)) {
@@ -384,8 +408,12 @@ struct TreeKit {
       Node* before = *where;
       before->yyMark = 0;
       const bool descend = proc(where) != 0;
-      Node* t = *where;  // perhaps a replacement
-      if (!t) return;
+      Node* t = *where;
+      if (t != before) {
+        keep_children(before);
+        if (!t) return;
+        t->yyMark = 0;
+      }
       if (!descend) {
         skip_children(t);
         return;
@@ -417,8 +445,15 @@ struct TreeKit {
   bool count_down(Node* t) {
     if (!t || t->yyMark == 0) return false;
     if (--t->yyMark == 0) return true;
-    skipped.push_back(t);
+    leftovers.push_back(t);
     return false;
+  }
+
+  void keep_children(Node* t) {
+    if (!known(t)) return;
+    const TreeKind& k = kind_of(t);
+    for (int i = 0; i < k.child_count; i++)
+      if (child(t, k.children[i])) leftovers.push_back(child(t, k.children[i]));
   }
 
   // ---- lists

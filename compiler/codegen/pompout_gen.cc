@@ -1,0 +1,23 @@
+// The part of the C++ output layer that leans on the generator above it.
+#include "pompout_gen.h"
+
+#include "pompout.h"
+
+namespace oz {
+
+// An operand of its parent's own level is bracketed on either side, so that no rule of associativity is needed.
+void cpunparse_pri(tAsynt t, int parent_pri) {
+  const bool brackets = CPpri(t) <= parent_pri;
+  if (brackets) cpoutput("(");
+  CPunparseVal(t);
+  if (brackets) cpoutput(")");
+}
+
+void cpmake_var_decls(tAsynt t) { TraverseAsyntTD2(&t, CPmake_var_decl); }
+
+void cpexit() {
+  perform_global_vardecls();
+  purge_remembered_vardecls();
+}
+
+}  // namespace oz

@@ -1,0 +1,4 @@
+model Blanks;
+
+f := x_ + 1;
+g[x_] := x + 1;

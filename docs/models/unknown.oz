@@ -1,0 +1,3 @@
+model Unknown;
+
+instance basin inherits Vessel(2) end basin;

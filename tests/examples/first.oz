@@ -1,0 +1,1 @@
+../../docs/models/first.oz
