@@ -5,6 +5,7 @@
 
 #include <cstring>
 #include <string>
+#include <unordered_map>
 
 #include "ememory.h"
 #include "index.h"
@@ -334,6 +335,22 @@ bool this_is_left() { return left_this; }
 
 void This2Current(tAsynt* t, tAsynt context) {
   walk_places(t, [context](tAsynt* place) { return current_place(place, context); });
+}
+
+void TakeOwn(tAsynt* t, tAsynt context) {
+  std::unordered_map<tAsynt, tAsynt> own;
+  walk_places(t, [&own, context](tAsynt* place) {
+    if (Asynt_Kind(*place) != kSimpleSymbol) return current_place(place, context);
+    tAsynt type = SymInfo_Type(*place);
+    const bool changes = Asynt_IsType(type, kBasicType) ? current_index_string != nullptr : Asynt_Kind(type) != kNoType;
+    if (!changes) return false;
+    tAsynt& info = own[*place];
+    if (!info) info = mSimpleSymbol(type, SymInfo_Pos(*place), NamedSymbol_Name(*place));
+    *place = info;
+    return false;
+  });
+  // Behind the walk, since copying needs the marks.
+  for (const auto& [shared, info] : own) SymInfo_Type(info) = CopyAsynt(SymInfo_Type(shared));
 }
 
 Chain Parents2Expressions(tAsynt parents, const Actuals& actuals) {
