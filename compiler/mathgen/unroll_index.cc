@@ -263,7 +263,7 @@ void AdjustTopLHS(tAsynt* t, Chain* format_list) {
     walk.visit.walk = &walk;
     walk.walk(t);
   }
-  if (disable_Format) return;
+  if (disable_Format || !format_list) return;
   for (const DefinedMember& m : members)
     append(format_list, m.args ? function_format(m.symbol, m.args) : variable_format(m.symbol));
 }
