@@ -262,15 +262,18 @@ const Stripped& strip(tAsynt info) {
   Stripped& s = stripped[info];
   if (s.info) return s;
   Chain indices;
-  tAsynt components = RemoveAndCollectIndices(AbsoluteSymbol_Components(info), &indices);
-  s.info = mAbsoluteSymbol(SymInfo_Type(info), SymInfo_Pos(info), NamedSymbol_Name(info), components);
+  tAsynt components = RemoveAndCollectIndices(*components_of(info), &indices);
+  const auto make = Asynt_Kind(info) == kFullSymbol ? mFullSymbol : mAbsoluteSymbol;
+  s.info = make(SymInfo_Type(info), SymInfo_Pos(info), NamedSymbol_Name(info), components);
   s.indices = finish(indices);
   return s;
 }
 
-// Takes the indices out of a symbol's path; null if there are none.
+// Takes the indices out of a symbol's path; null if there are none. A path that is still relative, as one among the
+// globals can be, keeps them.
 tAsynt taken_indices(tAsynt symbol) {
-  if (Asynt_Kind(symbol) != kSymbol || !has_indexed_path(Symbol_SymInfo(symbol))) return nullptr;
+  if (Asynt_Kind(symbol) != kSymbol || Asynt_Kind(Symbol_SymInfo(symbol)) != kAbsoluteSymbol) return nullptr;
+  if (!has_indexed_path(Symbol_SymInfo(symbol))) return nullptr;
   const Stripped& s = strip(Symbol_SymInfo(symbol));
   Symbol_SymInfo(symbol) = s.info;
   return CopyAsynt(s.indices);
