@@ -107,9 +107,8 @@ tAsynt define_indices() {
 tAsynt instance_context(tAsynt inst, const Actuals& actuals, SymbolLog* log) {
   Chain body = BeginInst(inst, actuals);
   if (in_set()) {
-    Chain format_list;  // only the context of a set keeps the rules
     InsertIndices(&body.first);
-    AdjustTopLHS(&body.first, &format_list);
+    AdjustTopLHS(&body.first, nullptr);  // only the context of a set keeps the rules
   }
   Absolutize(&body.first, current_instance_context, log);
   EndInst();
@@ -128,7 +127,7 @@ tAsynt set_context(tAsynt inst, const Actuals& actuals, SymbolLog* log) {
   Absolutize(&body.first, current_instance_context, log);
   NukeRightPatterns(format_list);
   if (!disable_DefineIndices) prepend(&format_list, define_indices());
-  if (format_list.first) Absolutize(&format_list.first, current_instance_context);
+  if (format_list.first) Absolutize(&format_list.first, current_instance_context, new_symbol_log());
   EndInst();
   return mContext(current_instance_context, finish(join(format_list, body)));
 }
@@ -203,7 +202,7 @@ Chain Objects2Expressions(tAsynt objects) {
     SymbolLog* const log = new_symbol_log();
     append(&item, Instantiate(object, no_actuals(), log));
     ShareSymis(log);
-    if (met_indexed_path()) Unsetify(&item.first);
+    close_symbol_logs();
     RememberInstance(item.first, name, object);
     chain = join(chain, item);
   }

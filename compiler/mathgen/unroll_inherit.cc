@@ -152,14 +152,23 @@ class Substitution {
 
   static tAsynt copy(const Value* v, bool left) { return CopyAsynt(left ? v->lhs : v->rhs); }
 
-  // A path from a formal starts at the actual value, and is known from the root then.
+  static tAsynt call(tAsynt args, tAsynt head) {
+    return Asynt_Kind(head) == kSymbol ? mSimpleFFE(args, head) : mComplexFFE(args, head);
+  }
+
+  // A path from a formal, or from a member of it if it is a set, starts at the actual value, and is known from the
+  // root.
   void substitute_path(tAsynt symbol, bool left) {
     tAsynt path = Symbol_SymInfo(symbol);
     tAsynt components = FullSymbol_Components(path);
     if (Asynt_Kind(components) != kExpression1) return;
-    const Value* v = find(Expression1_Expression(components));
+    tAsynt first = Expression1_Expression(components);
+    const bool is_member = Asynt_Kind(first) == kSimpleFFE;
+    const Value* v = find(is_member ? SimpleFFE_Name(first) : first);
     if (!v) return;
-    tAsynt changed = mExpression1(copy(v, left), Expression1_Expressions(components));
+    tAsynt value = copy(v, left);
+    if (is_member) value = call(FullFormExpression_Args(first), value);
+    tAsynt changed = mExpression1(value, Expression1_Expressions(components));
     Symbol_SymInfo(symbol) = mAbsoluteSymbol(SymInfo_Type(path), SymInfo_Pos(path), NamedSymbol_Name(path), changed);
   }
 

@@ -6,6 +6,7 @@
 // kinds, nUnary(), mUnary(PosConv, Expression) and the accessor Unary_Expression(t). The schema is rejected with file
 // and line when a number is out of order, a kind is unknown or declared twice, or a kind lies outside its base's range.
 
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -25,9 +26,9 @@ struct Kind {
   std::string name, base;
   int line = 0;
   int base_number = -1;
-  int last = 0;                // number of the last descendant
-  std::vector<Field> own;      // declared here
-  std::vector<Field> fields;   // inherited ones first
+  int last = 0;                         // number of the last descendant
+  std::vector<Field> own;               // declared here
+  std::vector<Field> fields;            // inherited ones first
   std::vector<std::string> introducer;  // per field: the kind that declares it
 };
 
@@ -187,8 +188,15 @@ void write_header(FILE* h) {
   }
 }
 
-// Whether a kind is the cell of a list: its last field holds the list's base, which is also its own base.
-bool is_cell(const Kind& k) { return !k.base.empty() && !k.own.empty() && k.own.back().type == k.base && k.own.size() == 2; }
+// Whether a kind is the cell of a list: Expression1, below Expressions, holds an Expression and the tail, Expressions.
+bool is_cell(const Kind& k) {
+  return k.own.size() == 2 && k.own.back().type == k.base && k.own.back().name == k.base &&
+         k.own.front().name + "s" == k.base;
+}
+
+// The range of kinds that a child of a declared kind may have; the tree's own name stands for all of them.
+int first_kind(const std::string& type) { return type == tree_name ? 0 : number_of[type]; }
+int last_kind(const std::string& type) { return type == tree_name ? UINT16_MAX : kinds[number_of[type]].last; }
 
 void write_tables(FILE* c) {
   const char* t = tree_name.c_str();
@@ -218,6 +226,10 @@ void write_tables(FILE* c) {
     std::fprintf(c, "    {\"%s\", %d, %zu, %zu, %s, {", k.name.c_str(), k.last, k.fields.size(), children.size(),
                  is_cell(k) ? "true" : "false");
     for (int child : children) std::fprintf(c, "%d, ", child);
+    std::fprintf(c, "}, {");
+    for (int child : children) std::fprintf(c, "%d, ", first_kind(k.fields[child].type));
+    std::fprintf(c, "}, {");
+    for (int child : children) std::fprintf(c, "%d, ", last_kind(k.fields[child].type));
     std::fprintf(c, "}, %s},\n", fields.c_str());
   }
   std::fprintf(c, "};\n\n}  // namespace\n\n");
