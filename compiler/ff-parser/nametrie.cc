@@ -1,0 +1,121 @@
+// A name is one whole expression, so names are found bottom-up: every expression that is closed has a place in the
+// trie, and steps to it go from the places of its parts. For a[1,b[2]] the steps are
+//
+//   a  -(1)->  "a[1"  -(b[2])->  "a[1,b[2]"  -]->  a[1,b[2]]
+//
+// where the step over b[2] is labelled by its own place. Each token costs one look-up however many names contain it and
+// however deep they nest, and the longest name wins because the enclosing expression is closed last.
+
+#include "nametrie.h"
+
+#include <string_view>
+#include <vector>
+
+#include "ozerrors.h"
+#include "scan_names.h"
+
+namespace oz {
+
+namespace {
+
+struct Place {
+  std::string_view text;  // of a single token
+  NameState call;         // where a "]" leads
+  tAsynt nest;
+};
+
+struct Slot {
+  uint64_t key;
+  NameState target;  // 0: free
+};
+
+// Open addressing; the number of slots is a power of two.
+struct StepTable {
+  std::vector<Slot> slots;
+  size_t used = 0;
+};
+
+std::vector<Place> places;  // place 0 is no place
+StepTable tokens;           // key: the hash of the token's text
+StepTable arguments;        // key: the place and that of the argument
+
+NameState new_place() {
+  if (places.empty()) places.push_back({});
+  if (places.size() == UINT32_MAX) die_msg("Too many names.");
+  places.push_back({});
+  return static_cast<NameState>(places.size() - 1);
+}
+
+size_t first_slot(const StepTable* table, uint64_t key) {
+  return (key * 0x9E3779B97F4A7C15u >> 32) & (table->slots.size() - 1);
+}
+
+size_t next_slot(const StepTable* table, size_t i) { return (i + 1) & (table->slots.size() - 1); }
+
+// The slot of a key for which same(target) holds, or the free one where it belongs. The table has a free slot.
+template <typename Same>
+Slot* find_slot(StepTable* table, uint64_t key, Same same) {
+  size_t i = first_slot(table, key);
+  while (table->slots[i].target && !(table->slots[i].key == key && same(table->slots[i].target)))
+    i = next_slot(table, i);
+  return &table->slots[i];
+}
+
+void make_room(StepTable* table) {
+  if (2 * (table->used + 1) <= table->slots.size()) return;
+  std::vector<Slot> old(table->slots.empty() ? 64 : 2 * table->slots.size());
+  old.swap(table->slots);
+  for (const Slot& slot : old)
+    if (slot.target) *find_slot(table, slot.key, [](NameState) { return false; }) = slot;
+}
+
+template <typename Same>
+NameState step(StepTable* table, uint64_t key, bool enter, Same same) {
+  if (enter)
+    make_room(table);
+  else if (table->used == 0)
+    return 0;
+  Slot* slot = find_slot(table, key, same);
+  if (slot->target || !enter) return slot->target;
+  table->used++;
+  *slot = {key, new_place()};
+  return slot->target;
+}
+
+}  // namespace
+
+void nametrie_clear() {
+  std::vector<Place>().swap(places);
+  tokens = {};
+  arguments = {};
+}
+
+NameState nametrie_token(const char* text, size_t length, bool enter) {
+  if (tokens.used == 0 && !enter) return 0;
+  uint64_t hash = kScanHashStart;
+  for (size_t i = 0; i < length; i++) hash = scan_hash_step(hash, text[i]);
+  const std::string_view wanted(text, length);
+  const NameState s = step(&tokens, hash, enter, [wanted](NameState p) { return places[p].text == wanted; });
+  if (s && !places[s].text.data()) places[s].text = {scan_intern(text, length, hash).text, length};
+  return s;
+}
+
+NameState nametrie_argument(NameState s, NameState argument, bool enter) {
+  if (s == 0 || argument == 0) return 0;
+  return step(&arguments, uint64_t{s} << 32 | argument, enter, [](NameState) { return true; });
+}
+
+NameState nametrie_call(NameState s, bool enter) {
+  if (s == 0) return 0;
+  if (places[s].call == 0 && enter) {
+    const NameState call = new_place();
+    places[s].call = call;
+  }
+  return places[s].call;
+}
+
+tAsynt nametrie_nest(NameState s) { return s ? places[s].nest : nullptr; }
+
+void nametrie_set_nest(NameState s, tAsynt nest) { places[s].nest = nest; }
+
+}  // namespace oz
