@@ -320,6 +320,7 @@ tAsynt on_end(Reading* r) {
   r->at_end = true;
   if ((r->state != sConstant && r->state != sClosed) || !r->open.empty())
     die_msg("The Evaluate-value generated for Evaluate-function has wrong syntax. Premature EOF found.");
+  *r->tail = mExpression0();
   return expression_of(r);
 }
 

@@ -8,7 +8,7 @@
 
 #include "nametrie.h"
 
-#include <string_view>
+#include <cstring>
 #include <vector>
 
 #include "ozerrors.h"
@@ -19,8 +19,8 @@ namespace oz {
 namespace {
 
 struct Place {
-  std::string_view text;  // of a single token
-  NameState call;         // where a "]" leads
+  string text;     // of a token that is not short
+  NameState call;  // where a "]" leads
   tAsynt nest;
 };
 
@@ -36,7 +36,8 @@ struct StepTable {
 };
 
 std::vector<Place> places;  // place 0 is no place
-StepTable tokens;           // key: the hash of the token's text
+StepTable short_tokens;     // key: the bytes of the token
+StepTable long_tokens;      // key: the hash of the token's text
 StepTable arguments;        // key: the place and that of the argument
 
 NameState new_place() {
@@ -47,7 +48,7 @@ NameState new_place() {
 }
 
 size_t first_slot(const StepTable* table, uint64_t key) {
-  return (key * 0x9E3779B97F4A7C15u >> 32) & (table->slots.size() - 1);
+  return ((key ^ key >> 32) * 0x9E3779B97F4A7C15u >> 32) & (table->slots.size() - 1);
 }
 
 size_t next_slot(const StepTable* table, size_t i) { return (i + 1) & (table->slots.size() - 1); }
@@ -82,21 +83,37 @@ NameState step(StepTable* table, uint64_t key, bool enter, Same same) {
   return slot->target;
 }
 
+// A token holds no byte of value 0, so its bytes alone tell its length.
+NameState short_token(const char* text, size_t length, bool enter) {
+  uint64_t key = 0;
+  std::memcpy(&key, text, length);
+  return step(&short_tokens, key, enter, [](NameState) { return true; });
+}
+
+uint64_t hash_of(const char* text, size_t length) {
+  uint64_t hash = kScanHashStart;
+  for (size_t i = 0; i < length; i++) hash = scan_hash_step(hash, text[i]);
+  return hash;
+}
+
 }  // namespace
 
 void nametrie_clear() {
   std::vector<Place>().swap(places);
-  tokens = {};
+  short_tokens = {};
+  long_tokens = {};
   arguments = {};
 }
 
 NameState nametrie_token(const char* text, size_t length, bool enter) {
-  if (tokens.used == 0 && !enter) return 0;
-  uint64_t hash = kScanHashStart;
-  for (size_t i = 0; i < length; i++) hash = scan_hash_step(hash, text[i]);
-  const std::string_view wanted(text, length);
-  const NameState s = step(&tokens, hash, enter, [wanted](NameState p) { return places[p].text == wanted; });
-  if (s && !places[s].text.data()) places[s].text = {scan_intern(text, length, hash).text, length};
+  if (places.empty() && !enter) return 0;
+  if (length <= sizeof(uint64_t)) return short_token(text, length, enter);
+  const uint64_t hash = hash_of(text, length);
+  const auto same = [text, length](NameState s) {
+    return std::strncmp(places[s].text, text, length) == 0 && places[s].text[length] == 0;
+  };
+  const NameState s = step(&long_tokens, hash, enter, same);
+  if (s && !places[s].text) places[s].text = scan_intern(text, length, hash).text;
   return s;
 }
 
