@@ -189,10 +189,10 @@ def c_declarations(size, seed=2):
         names = rng.sample(QUANTITIES, 4)
         text = ("/* %s */\nstruct %s%d { double %s; int %s[%d]; struct %s%d *next; };\n"
                 "extern double %s%d(const struct %s%d *from, int count, double %s);\n"
-                "typedef int (*%sLaw%d)(double %s, double %s);\nextern const double %s_%d, %s_%d;\n"
+                "enum %sMode%d { %s%d_off, %s%d_on };\nextern double %s_%d, %s_%d;\n"
                 % (rng.choice(SENTENCES), names[0], number, names[1], names[2], rng.randrange(1, 9), names[0], number,
-                   names[1], number, names[0], number, names[2], names[3], number, names[0], names[1],
-                   names[0], number, names[2], number))
+                   names[1], number, names[0], number, names[2], names[3], number, names[0], number,
+                   names[1], number, names[0], number, names[2], number))
         parts.append(text)
         length += len(text)
     return "".join(parts)

@@ -23,7 +23,8 @@ void Close(tFile File);
 // Whether the descriptor is a character device, such as a terminal.
 bool IsCharacterSpecial(tFile File);
 
-// Fresh memory from the system, aligned for any object; null when there is none. SysFree gives it back.
+// Fresh memory from the system, aligned for any object; null when there is none. SysFree gives a block of 256 KB or
+// more back; smaller ones are cut from areas and stay.
 char* SysAlloc(size_t ByteCount);
 void SysFree(char* a);
 

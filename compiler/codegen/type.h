@@ -2,7 +2,8 @@
 //
 // A type is a tree node of the Type family. An array's Dimensions are a list with one element per dimension, outermost
 // first (Expression1 cells, or IntConst1 cells where the full-form reader made them): IntConst 0 is a size that is not
-// known, IntConst -1 an index of the enclosing instance set. Types are shared freely, so nobody may change one in place.
+// known, IntConst -1 an index of the enclosing instance set. Types are shared freely, so nobody may change one in
+// place.
 //
 //   Begintype();
 //   tAsynt typ = Find_type(&XSet_RHS);        // 1 + 2.5 -> RealType, {1, 2} -> ArrayType(IntType, {2})
@@ -21,8 +22,8 @@ extern tAsynt int_type_node, real_type_node, complex_type_node, bool_type_node, 
 void Begintype();
 void Closetype();
 
-// How a declaration is found for a symbol or an application: it, or null; *was_funcall tells a function from a variable.
-// The module that keeps the model sets this once; without it nothing is declared.
+// How a declaration is found for a symbol or an application: it, or null; *was_funcall tells a function from a
+// variable. The module that keeps the model sets this once; without it nothing is declared.
 using Declaration_finder = tAsynt (*)(tAsynt symbol, bool* was_funcall);
 void Set_declaration_finder(Declaration_finder finder);
 
@@ -35,9 +36,9 @@ tAsynt Find_type(tAsynt* t);
 // The same, and operands whose type differs from the promoted one are wrapped in GeneralConversion nodes.
 tAsynt Find_type_convert(tAsynt t);
 
-// Between the two calls (they nest) Find_type remembers the types of operations, so that a generator which asks at every
-// level of an expression pays for each node once. The caller promises that nothing but Find_type changes a tree or a
-// type that was asked for, or calls Forget_types behind the change. Only types found without a message are kept.
+// Between the two calls (they nest) Find_type remembers the types of operations, so that a generator which asks at
+// every level of an expression pays for each node once. The caller promises that nothing but Find_type changes a tree
+// or a type that was asked for, or calls Forget_types behind the change. Only types found without a message are kept.
 void Begin_type_memory();
 void End_type_memory();
 void Forget_types();
@@ -47,7 +48,8 @@ void Forget_types();
 // A basic type itself, the base of an array, else a new NoType.
 tAsynt Find_base(tAsynt typ);
 
-// Whether a type is complex or an array of complex; string; a member of an instance set (no ComplexType_s, StringType_s).
+// Whether a type is complex or an array of complex; string; a member of an instance set (no ComplexType_s,
+// StringType_s).
 char Is_complex(tAsynt t);
 char Check_string_type(tAsynt t);
 char Is_setmember(tAsynt t);

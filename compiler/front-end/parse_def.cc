@@ -32,6 +32,7 @@ tAsynt base_type() {
 // dimensions = "[" expr_list "]", in front of what the Rest tells.
 template <Rest rest>
 Operands dimensions() {
+  Nest level;
   take<kDimensions + rest>(tokLBracket);
   Operands list;
   {

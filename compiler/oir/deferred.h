@@ -5,8 +5,8 @@
 
 namespace oz {
 
-// Runs proc over the tree, top-down; proc returns true to go on into the children and records what it wants replaced with
-// DeferReplacement. line is the caller's __LINE__, for the report of a tree whose marks are not clear.
+// Runs proc over the tree, top-down; proc returns true to go on into the children and records what it wants replaced
+// with DeferReplacement. line is the caller's __LINE__, for the report of a tree whose marks are not clear.
 void TraverseAsyntTD3(int line, tAsynt* tree, char (*proc)(tAsynt*));
 
 // To be called by a visitor: *place becomes value when the walk is over, in the order of the calls.

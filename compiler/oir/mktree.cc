@@ -25,9 +25,9 @@ struct Kind {
   std::string name, base;
   int line = 0;
   int base_number = -1;
-  int last = 0;                // number of the last descendant
-  std::vector<Field> own;      // declared here
-  std::vector<Field> fields;   // inherited ones first
+  int last = 0;                         // number of the last descendant
+  std::vector<Field> own;               // declared here
+  std::vector<Field> fields;            // inherited ones first
   std::vector<std::string> introducer;  // per field: the kind that declares it
 };
 
@@ -187,8 +187,11 @@ void write_header(FILE* h) {
   }
 }
 
-// Whether a kind is the cell of a list: its last field holds the list's base, which is also its own base.
-bool is_cell(const Kind& k) { return !k.base.empty() && !k.own.empty() && k.own.back().type == k.base && k.own.size() == 2; }
+// Whether a kind is the cell of a list: Expression1, below Expressions, holds an Expression and the tail, Expressions.
+bool is_cell(const Kind& k) {
+  return k.own.size() == 2 && k.own.back().type == k.base && k.own.back().name == k.base &&
+         k.own.front().name + "s" == k.base;
+}
 
 void write_tables(FILE* c) {
   const char* t = tree_name.c_str();

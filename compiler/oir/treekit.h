@@ -1,9 +1,9 @@
 // The half of a tree kit that is the same for every tree: nodes, the schema's tables, and the whole-tree operations
 // written once against those tables.
 //
-// A node is a head of 8 bytes and one 8-byte slot per field. A whole-tree operation first counts, in the node marks, how
-// often each node is referred to; it then clears each mark as it passes, so that between operations every mark is 0.
-// All operations share module state: none may run inside another, except that a dump may be started within a dump.
+// A node is a head of 8 bytes and one 8-byte slot per field. A whole-tree operation first counts, in the node marks,
+// how often each node is referred to; it then clears each mark as it passes, so that between operations every mark is
+// 0. All operations share module state: none may run inside another, except that a dump may be started within a dump.
 #pragma once
 
 #include <cstddef>
@@ -42,10 +42,10 @@ inline constexpr int kMaxChildren = 6;
 
 struct TreeKind {
   const char* name;
-  uint16_t last;         // number of the last descendant
-  uint8_t field_count;   // fields, each one slot
-  uint8_t child_count;   // how many of them are children
-  bool cell;             // a list cell: the last child is the tail
+  uint16_t last;                   // number of the last descendant
+  uint8_t field_count;             // fields, each one slot
+  uint8_t child_count;             // how many of them are children
+  bool cell;                       // a list cell: the last child is the tail
   uint8_t children[kMaxChildren];  // their slots, ascending
   const TreeField* fields;
 };

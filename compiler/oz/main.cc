@@ -6,7 +6,6 @@
 
 int main(int argc, char** argv) {
   oz::BEGIN_System();
-  if (oz::installed_by_alg(argc, argv))
-    oz::die_msg("This build serves no link: start it with -s and a model file");
+  if (oz::installed_by_alg(argc, argv)) oz::die_msg("This build serves no link: start it with -s and a model file");
   return oz::standalone_main(argc, argv);
 }

@@ -226,7 +226,8 @@ int standalone_main(int argc, char** argv) {
   if (o.query_tree_flag) QueryAsynt(model_tree);
   if (o.codegen_flag != no_code)
     die_msg("This build generates no code: -f, -v and -e cannot be used (%s)", o.codegen_name);
-  if (o.daemon_flag || o.remember_tree_flag) die_msg("This build keeps no model for later commands: -d and -R cannot be used");
+  if (o.daemon_flag || o.remember_tree_flag)
+    die_msg("This build keeps no model for later commands: -d and -R cannot be used");
   if (output_file && output_file != stdout) close_written(output_file, "Can't write output file", o.output_file_name);
   scan_CloseScanner();
   close_standard_stream(stderr, STDERR_FILENO);

@@ -36,22 +36,14 @@ TEST(TreeKit, RangesFollowTheHierarchy) {
     Asynt_tKind kind;
     bool expected;
   } rows[] = {
-      {nullptr, kExpression, false},
-      {nInstanceSet(), kInstance, true},
-      {nInstanceSet(), kObject, true},
-      {nClass(), kInstance, false},
-      {nAbsoluteSymbol(), kNamedSymbol, true},
-      {nSimpleSymbol(), kRelativeSymbol, true},
-      {nRelativeNest(), kNamedSymbol, false},
-      {nOutParam(), kNamedSymbol, false},
-      {nXInequality(), kOperator, false},
-      {nXInequality(), kParticle, true},
-      {nSymbol(), kConstant, false},
-      {nXFalse(), kConstant, true},
-      {nXImport(), kVariadic, true},
-      {nXAbs(), kCUnary, true},
-      {nIntType_s(), kIntType, true},
-      {nIntType(), kIntType_s, false},
+      {nullptr, kExpression, false},           {nInstanceSet(), kInstance, true},
+      {nInstanceSet(), kObject, true},         {nClass(), kInstance, false},
+      {nAbsoluteSymbol(), kNamedSymbol, true}, {nSimpleSymbol(), kRelativeSymbol, true},
+      {nRelativeNest(), kNamedSymbol, false},  {nOutParam(), kNamedSymbol, false},
+      {nXInequality(), kOperator, false},      {nXInequality(), kParticle, true},
+      {nSymbol(), kConstant, false},           {nXFalse(), kConstant, true},
+      {nXImport(), kVariadic, true},           {nXAbs(), kCUnary, true},
+      {nIntType_s(), kIntType, true},          {nIntType(), kIntType_s, false},
   };
   for (const auto& row : rows)
     EXPECT_EQ(row.expected, Asynt_IsType(row.node, row.kind))
@@ -63,11 +55,28 @@ TEST(TreeKit, NumbersAndNames) {
   const struct {
     unsigned number;
     const char* name;
-  } rows[] = {{0, "NoAsynt"},   {18, "Capsule"},     {38, "Expression"}, {61, "CUnary"},      {62, "XSin"},
-              {85, "XAbs"},     {105, "XStandardDeviation"}, {107, "ArcTan2"},    {113, "OuterProduct"},
-              {119, "XMinus"},  {133, "XStringReverse"},     {135, "XUpSet"},     {161, "XPrepend"},
-              {163, "XOr"},     {178, "XCompoundExpression"}, {198, "XPart"},     {204, "XImport"},
-              {206, "Symbol"},  {245, "Comment"},    {263, "NoType"},     {280, "ComponentName"}, {301, "Asynt"}};
+  } rows[] = {{0, "NoAsynt"},
+              {18, "Capsule"},
+              {38, "Expression"},
+              {61, "CUnary"},
+              {62, "XSin"},
+              {85, "XAbs"},
+              {105, "XStandardDeviation"},
+              {107, "ArcTan2"},
+              {113, "OuterProduct"},
+              {119, "XMinus"},
+              {133, "XStringReverse"},
+              {135, "XUpSet"},
+              {161, "XPrepend"},
+              {163, "XOr"},
+              {178, "XCompoundExpression"},
+              {198, "XPart"},
+              {204, "XImport"},
+              {206, "Symbol"},
+              {245, "Comment"},
+              {263, "NoType"},
+              {280, "ComponentName"},
+              {301, "Asynt"}};
   for (const auto& row : rows) EXPECT_STREQ(row.name, Asynt_NodeName(row.number));
   EXPECT_EQ(302, kAsyntKinds);
 }
@@ -190,8 +199,9 @@ TEST(TreeKit, TraversalVisitsEachNodeOnce) {
   tAsynt t = list2(minus(shared), minus(shared));
   seen.clear();
   TraverseAsyntTD(t, [](tAsynt n) { seen.push_back(n->yyKind); });
-  EXPECT_EQ((std::vector<int>{kExpression1, kXMinus, kPosConv, kIntConst, kExpression1, kXMinus, kPosConv, kExpression0}),
-            seen);
+  EXPECT_EQ(
+      (std::vector<int>{kExpression1, kXMinus, kPosConv, kIntConst, kExpression1, kXMinus, kPosConv, kExpression0}),
+      seen);
   EXPECT_TRUE(AsyntMarksAreZero(t));
 }
 
@@ -204,7 +214,8 @@ TEST(TreeKit, TraversalWithoutDescent) {
     seen.push_back((*n)->yyKind == kIntConst ? IntConst_Val(*n) : (*n)->yyKind);
     return (*n)->yyKind != kXNot;
   });
-  EXPECT_EQ((std::vector<int>{kExpression1, kXNot, kExpression1, kXMinus, kPosConv, 6, kExpression1, 5, kExpression0}), seen);
+  EXPECT_EQ((std::vector<int>{kExpression1, kXNot, kExpression1, kXMinus, kPosConv, 6, kExpression1, 5, kExpression0}),
+            seen);
   EXPECT_TRUE(AsyntMarksAreZero(t));
 }
 
@@ -276,7 +287,8 @@ class RandomTree {
       case FieldType::character: tree_raw_slot<char>(t, slot) = random_() % 2 == 0; return;
       case FieldType::text: tree_raw_slot<string>(t, slot) = texts[random_() % 4]; return;
       case FieldType::position:
-        tree_raw_slot<tPosition>(t, slot) = {static_cast<uint32_t>(random_() % 9), static_cast<uint32_t>(random_() % 9)};
+        tree_raw_slot<tPosition>(t, slot) = {static_cast<uint32_t>(random_() % 9),
+                                             static_cast<uint32_t>(random_() % 9)};
         return;
       default: tree_raw_slot<uint32_t>(t, slot) = static_cast<uint32_t>(random_() % 3); return;
     }

@@ -191,11 +191,15 @@ std::string random_expression(std::mt19937* random, int depth) {
 
 TEST_F(UnparseTest, RandomExpressionsReadAgain) {
   std::mt19937 random(1);
-  for (int i = 0; i < 3000; i++) {
-    tAsynt tree = expression(random_expression(&random, 1 + i % 5));
-    const std::string text = unparse_string(tree);
-    EXPECT_EQ(tree_text(tree), tree_text(expression(text))) << text;
-  }
+  std::string sources, texts;
+  for (int i = 0; i < 5000; i++) sources += "x := (" + random_expression(&random, 1 + i % 5) + ");";
+  tAsynt before = Model_Globals(parsed(sources));
+  for (tAsynt t = before; Asynt_Kind(t) == kParticle1; t = Particle1_Particles(t))
+    texts += std::string("x := (") + unparse_string(Binary_RHS(Particle1_Particle(t))) + ");";
+  tAsynt after = Model_Globals(parsed(texts));
+  for (; Asynt_Kind(before) == kParticle1; before = Particle1_Particles(before), after = Particle1_Particles(after))
+    ASSERT_EQ(tree_text(Particle1_Particle(before)), tree_text(Particle1_Particle(after)))
+        << unparse_string(Particle1_Particle(before));
 }
 
 TEST_F(UnparseTest, FormsOfThePasses) {

@@ -1,0 +1,6 @@
+BeginPackage["`", { "Operators`", "Iterators`" } ];
+
+
+EndPackage[];
+
+If[! Or @@ ((# == "P$`")& /@ $ContextPath), AppendTo[$ContextPath, "P$`"]];
