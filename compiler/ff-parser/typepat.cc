@@ -22,7 +22,7 @@ namespace oz {
 namespace {
 
 constexpr int kMaxTypeDepth = 100;
-constexpr int64_t kMaxTypeSize = 10'000'000;
+constexpr int64_t kMaxTypeSize = 1'000'000;
 
 struct Measure {
   int depth;     // types in each other
