@@ -128,7 +128,7 @@ tAsynt set_context(tAsynt inst, const Actuals& actuals, SymbolLog* log) {
   Absolutize(&body.first, current_instance_context, log);
   NukeRightPatterns(format_list);
   if (!disable_DefineIndices) prepend(&format_list, define_indices());
-  if (format_list.first) Absolutize(&format_list.first, current_instance_context);
+  if (format_list.first) Absolutize(&format_list.first, current_instance_context, new_symbol_log());
   EndInst();
   return mContext(current_instance_context, finish(join(format_list, body)));
 }
@@ -203,7 +203,7 @@ Chain Objects2Expressions(tAsynt objects) {
     SymbolLog* const log = new_symbol_log();
     append(&item, Instantiate(object, no_actuals(), log));
     ShareSymis(log);
-    if (met_indexed_path()) Unsetify(&item.first);
+    close_symbol_logs();
     RememberInstance(item.first, name, object);
     chain = join(chain, item);
   }

@@ -14,13 +14,20 @@ namespace oz::unrolling {
 // A null in front of a symbol says that it stands in a host auxiliary; a Context stands for the log of a part.
 struct SymbolLog {
   std::vector<tAsynt> items{};
+  std::vector<tAsynt*> indexed{};  // places of names with indices in their paths, or of calls with such heads
 };
 
 namespace {
 
 std::deque<SymbolLog> logs;                     // of the top-level instance at work and its parts
 std::unordered_map<tAsynt, SymbolLog*> log_of;  // of the parts, by their contexts
-bool indexed_path = false;
+
+bool has_indexed_path(tAsynt info) {
+  tAsynt* components = components_of(info);
+  for (tAsynt l = components ? *components : nullptr; Asynt_Kind(l) == kExpression1; l = Expression1_Expressions(l))
+    if (Asynt_Kind(Expression1_Expression(l)) == kSimpleFFE) return true;
+  return false;
+}
 
 // ---- absolute names
 
@@ -55,12 +62,27 @@ struct AbsolutizeVisit {
     for (; Asynt_Kind(components) == kExpression1; components = Expression1_Expressions(components)) {
       tAsynt c = Expression1_Expression(components);
       if (Asynt_Kind(c) == kSimpleFFE) {
-        indexed_path = true;
         walk->walk(&FullFormExpression_Args(c));
         c = SimpleFFE_Name(c);
       }
       if (Asynt_Kind(c) == kSymbol) note(c);
     }
+  }
+
+  void note_place(tAsynt* place) const {
+    if (log) log->indexed.push_back(place);
+  }
+
+  // A call; the head of one with indices in its path is no place of its own.
+  bool call(tAsynt* place) {
+    tAsynt t = *place;
+    tAsynt head = SimpleFFE_Name(t);
+    if (Asynt_Kind(head) != kSymbol || !has_indexed_path(Symbol_SymInfo(head))) return true;
+    note_place(place);
+    if (!walk->entered.enter(t)) return false;
+    walk->walk(&FullFormExpression_Args(t));
+    if (walk->entered.enter(head)) symbol(head);
+    return false;
   }
 
   void symbol(tAsynt t) {
@@ -100,8 +122,10 @@ struct AbsolutizeVisit {
         note(*place);
         return false;
       case kSymbol:
+        if (has_indexed_path(Symbol_SymInfo(t))) note_place(place);
         if (walk->entered.enter(t)) symbol(t);
         return false;
+      case kSimpleFFE: return call(place);
       case kAlgAuxiliary:
         in_auxiliary++;
         walk->walk(&AlgAuxiliary_Expression(t));
@@ -214,14 +238,6 @@ tAsynt RemoveAndCollectIndices(tAsynt components, Chain* indices) {
   return finish(bare);
 }
 
-bool has_indexed_path(tAsynt info) {
-  if (Asynt_Kind(info) != kAbsoluteSymbol) return false;
-  tAsynt components = AbsoluteSymbol_Components(info);
-  for (; Asynt_Kind(components) == kExpression1; components = Expression1_Expressions(components))
-    if (Asynt_Kind(Expression1_Expression(components)) == kSimpleFFE) return true;
-  return false;
-}
-
 // A name and its indices; the same for every symbol on the same information.
 const Stripped& strip(tAsynt info) {
   Stripped& s = stripped[info];
@@ -279,7 +295,6 @@ void begin_names() {
   logs.clear();
   log_of.clear();
   stripped.clear();
-  indexed_path = false;
 }
 
 SymbolLog* new_symbol_log() { return &logs.emplace_back(); }
@@ -293,16 +308,16 @@ void Absolutize(tAsynt* t, tAsynt context, SymbolLog* log) {
   walk.walk(t);
 }
 
-void ShareSymis(SymbolLog* log) {
-  { const NameSharing sharing(log); }
-  logs.clear();
-  log_of.clear();
+void ShareSymis(SymbolLog* log) { const NameSharing sharing(log); }
+
+void Unsetify(const SymbolLog* log) {
+  for (tAsynt* place : log->indexed) unsetify_place(place);
 }
 
-bool met_indexed_path() {
-  const bool met = indexed_path;
-  indexed_path = false;
-  return met;
+void close_symbol_logs() {
+  for (const SymbolLog& log : logs) Unsetify(&log);
+  logs.clear();
+  log_of.clear();
 }
 
 void Unsetify(tAsynt* t) { walk_places(t, unsetify_place); }

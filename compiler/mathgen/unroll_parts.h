@@ -155,15 +155,14 @@ SymbolLog* new_symbol_log();
 // Makes the log of a part known under its context.
 void keep_symbol_log(tAsynt context, SymbolLog* log);
 
-// Occurrences of one name in an instance share one node, which has the type that is declared anywhere in it. The logs
-// made so far are used up.
+// Occurrences of one name in an instance share one node, which has the type that is declared anywhere in it.
 void ShareSymis(SymbolLog* log);
 
-// Whether a path with indices was met since the last call.
-bool met_indexed_path();
-
-// Moves indices out of paths: a[1]`x becomes a`x[1].
+// Moves indices out of the paths in a tree: a[1]`x becomes a`x[1].
 void Unsetify(tAsynt* t);
+
+// Does the same for all names in the logs made so far, and drops the logs.
+void close_symbol_logs();
 
 // ---- instance sets (unroll_index.cc)
 

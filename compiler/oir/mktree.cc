@@ -6,6 +6,7 @@
 // kinds, nUnary(), mUnary(PosConv, Expression) and the accessor Unary_Expression(t). The schema is rejected with file
 // and line when a number is out of order, a kind is unknown or declared twice, or a kind lies outside its base's range.
 
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -193,6 +194,10 @@ bool is_cell(const Kind& k) {
          k.own.front().name + "s" == k.base;
 }
 
+// The range of kinds that a child of a declared kind may have; the tree's own name stands for all of them.
+int first_kind(const std::string& type) { return type == tree_name ? 0 : number_of[type]; }
+int last_kind(const std::string& type) { return type == tree_name ? UINT16_MAX : kinds[number_of[type]].last; }
+
 void write_tables(FILE* c) {
   const char* t = tree_name.c_str();
   std::fprintf(c, "// Do not edit: made from %s.tree by mktree.\n\n#include \"%s.h\"\n\nnamespace oz {\n\n", t, t);
@@ -221,6 +226,10 @@ void write_tables(FILE* c) {
     std::fprintf(c, "    {\"%s\", %d, %zu, %zu, %s, {", k.name.c_str(), k.last, k.fields.size(), children.size(),
                  is_cell(k) ? "true" : "false");
     for (int child : children) std::fprintf(c, "%d, ", child);
+    std::fprintf(c, "}, {");
+    for (int child : children) std::fprintf(c, "%d, ", first_kind(k.fields[child].type));
+    std::fprintf(c, "}, {");
+    for (int child : children) std::fprintf(c, "%d, ", last_kind(k.fields[child].type));
     std::fprintf(c, "}, %s},\n", fields.c_str());
   }
   std::fprintf(c, "};\n\n}  // namespace\n\n");

@@ -42,11 +42,13 @@ inline constexpr int kMaxChildren = 6;
 
 struct TreeKind {
   const char* name;
-  uint16_t last;                   // number of the last descendant
-  uint8_t field_count;             // fields, each one slot
-  uint8_t child_count;             // how many of them are children
-  bool cell;                       // a list cell: the last child is the tail
-  uint8_t children[kMaxChildren];  // their slots, ascending
+  uint16_t last;                      // number of the last descendant
+  uint8_t field_count;                // fields, each one slot
+  uint8_t child_count;                // how many of them are children
+  bool cell;                          // a list cell: the last child is the tail
+  uint8_t children[kMaxChildren];     // their slots, ascending
+  uint16_t first_kind[kMaxChildren];  // what each child may be: a kind from here
+  uint16_t last_kind[kMaxChildren];   // to here
   const TreeField* fields;
 };
 

@@ -32,11 +32,6 @@ struct TreeKit {
   bool known(const Node* t) const { return t->yyKind < schema.kind_count; }
   static Slot& child(Node* t, size_t slot) { return tree_raw_slot<Slot>(t, slot); }
   static Node* child(const Node* t, size_t slot) { return tree_raw_slot<Slot>(const_cast<Node*>(t), slot); }
-  // Whether a child is of the kind that its field declares; kind 0 stands for any tree.
-  bool is_type(const Node* t, unsigned kind) const {
-    return t && (kind == 0 || (t->yyKind >= kind && t->yyKind <= schema.kinds[kind].last));
-  }
-
   // Counts the references into the tree: afterwards a node's mark is the number of places that point to it.
   void mark(Node* t) {
     while (t && ++t->yyMark == 1 && known(t)) {
@@ -152,14 +147,18 @@ struct TreeKit {
 
   // ---- check
 
-  // Whether a node's kind is known and its children are of the kinds that their fields declare.
+  // Whether the child with a number is of the kind that its field declares.
+  static bool child_is_good(const TreeKind& k, const Node* t, int number) {
+    const Node* c = child(t, k.children[number]);
+    return c && c->yyKind >= k.first_kind[number] && c->yyKind <= k.last_kind[number];
+  }
+
+  // Whether a node's kind is known and all its children are good.
   bool node_is_good(const Node* t) const {
     if (!known(t)) return false;
     const TreeKind& k = kind_of(t);
-    for (int i = 0; i < k.child_count; i++) {
-      const size_t slot = k.children[i];
-      if (!is_type(child(t, slot), k.fields[slot].kind)) return false;
-    }
+    for (int i = 0; i < k.child_count; i++)
+      if (!child_is_good(k, t, i)) return false;
     return true;
   }
 
@@ -175,10 +174,9 @@ struct TreeKit {
       const TreeKind& k = kind_of(t);
       if (k.child_count == 0) return good;
       for (int i = 0; i < k.child_count; i++) {
-        const size_t slot = k.children[i];
-        if (is_type(child(t, slot), k.fields[slot].kind)) [[likely]]
+        if (child_is_good(k, t, i)) [[likely]]
           continue;
-        report_bad_child(t, slot);
+        report_bad_child(t, k.children[i]);
         good = false;
       }
       for (int i = 0; i + 1 < k.child_count; i++) {
