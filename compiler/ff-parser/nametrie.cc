@@ -5,6 +5,9 @@
 //
 // where the step over b[2] is labelled by its own place. Each token costs one look-up however many names contain it and
 // however deep they nest, and the longest name wins because the enclosing expression is closed last.
+//
+// Places come in pairs, so that the step over "]" needs no look-up: it goes from an even number to the odd one behind
+// it. From an odd one, as in a[1][], it is the step over the argument 0, which no argument is.
 
 #include "nametrie.h"
 
@@ -18,10 +21,10 @@ namespace oz {
 
 namespace {
 
-struct Place {
-  string text;     // of a token that is not short
-  NameState call;  // where a "]" leads
-  tAsynt nest;
+// What is known of a pair of places.
+struct Places {
+  string text;      // of a token that is not short, on the even one
+  tAsynt nests[2];  // the names that end there, or null
 };
 
 struct Slot {
@@ -35,16 +38,16 @@ struct StepTable {
   size_t used = 0;
 };
 
-std::vector<Place> places;  // place 0 is no place
+std::vector<Places> pairs;  // pair 0 is no place
 StepTable short_tokens;     // key: the bytes of the token
 StepTable long_tokens;      // key: the hash of the token's text
 StepTable arguments;        // key: the place and that of the argument
 
 NameState new_place() {
-  if (places.empty()) places.push_back({});
-  if (places.size() == UINT32_MAX) die_msg("Too many names.");
-  places.push_back({});
-  return static_cast<NameState>(places.size() - 1);
+  if (pairs.empty()) pairs.push_back({});
+  if (pairs.size() > UINT32_MAX / 2) die_msg("Too many names.");
+  pairs.push_back({});
+  return static_cast<NameState>(2 * (pairs.size() - 1));
 }
 
 size_t first_slot(const StepTable* table, uint64_t key) {
@@ -90,6 +93,10 @@ NameState short_token(const char* text, size_t length, bool enter) {
   return step(&short_tokens, key, enter, [](NameState) { return true; });
 }
 
+NameState argument_step(NameState s, NameState argument, bool enter) {
+  return step(&arguments, uint64_t{s} << 32 | argument, enter, [](NameState) { return true; });
+}
+
 uint64_t hash_of(const char* text, size_t length) {
   uint64_t hash = kScanHashStart;
   for (size_t i = 0; i < length; i++) hash = scan_hash_step(hash, text[i]);
@@ -99,40 +106,35 @@ uint64_t hash_of(const char* text, size_t length) {
 }  // namespace
 
 void nametrie_clear() {
-  std::vector<Place>().swap(places);
+  std::vector<Places>().swap(pairs);
   short_tokens = {};
   long_tokens = {};
   arguments = {};
 }
 
 NameState nametrie_token(const char* text, size_t length, bool enter) {
-  if (places.empty() && !enter) return 0;
+  if (pairs.empty() && !enter) return 0;
   if (length <= sizeof(uint64_t)) return short_token(text, length, enter);
   const uint64_t hash = hash_of(text, length);
   const auto same = [text, length](NameState s) {
-    return std::strncmp(places[s].text, text, length) == 0 && places[s].text[length] == 0;
+    return std::strncmp(pairs[s / 2].text, text, length) == 0 && pairs[s / 2].text[length] == 0;
   };
   const NameState s = step(&long_tokens, hash, enter, same);
-  if (s && !places[s].text) places[s].text = scan_intern(text, length, hash).text;
+  if (s && !pairs[s / 2].text) pairs[s / 2].text = scan_intern(text, length, hash).text;
   return s;
 }
 
 NameState nametrie_argument(NameState s, NameState argument, bool enter) {
-  if (s == 0 || argument == 0) return 0;
-  return step(&arguments, uint64_t{s} << 32 | argument, enter, [](NameState) { return true; });
+  return s && argument ? argument_step(s, argument, enter) : 0;
 }
 
 NameState nametrie_call(NameState s, bool enter) {
-  if (s == 0) return 0;
-  if (places[s].call == 0 && enter) {
-    const NameState call = new_place();
-    places[s].call = call;
-  }
-  return places[s].call;
+  if (s % 2 == 1) return argument_step(s, 0, enter);
+  return s ? s + 1 : 0;
 }
 
-tAsynt nametrie_nest(NameState s) { return s ? places[s].nest : nullptr; }
+tAsynt nametrie_nest(NameState s) { return s ? pairs[s / 2].nests[s % 2] : nullptr; }
 
-void nametrie_set_nest(NameState s, tAsynt nest) { places[s].nest = nest; }
+void nametrie_set_nest(NameState s, tAsynt nest) { pairs[s / 2].nests[s % 2] = nest; }
 
 }  // namespace oz

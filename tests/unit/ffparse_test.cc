@@ -239,6 +239,8 @@ TEST_F(Ffparse, NamesOfSeveralTokens) {
             {"f[oz$Type[a[abcdefgh1, -1.5], oz$Int], a[abcdefgh1, -1.5], a[abcdefgh2, -1.5], a[abcdefgh, -1.5]]",
              "f[<a[abcdefgh1,-1.5]:Int>,<a[abcdefgh1,-1.5]:Int>,a[abcdefgh2,-1.5],a[abcdefgh,-1.5]]"},
             {"f[oz$Type[a[], oz$Int], a[], a, a[a]]", "f[<a[]:Int>,<a[]:Int>,a,a[a]]"},
+            {"f[oz$Type[a[1][], oz$Int], oz$Type[a[1][][], oz$Real], a[1][], a[1][][], a[1][2], a[]]",
+             "f[<(a[1])[]:Int>,<((a[1])[])[]:Real>,<(a[1])[]:Int>,<((a[1])[])[]:Real>,(a[1])[2],a[]]"},
             // Without a comma there is no name, and reading goes on as ever.
             {"f[oz$Type[a[1]], a[1], oz$Type[a[1], oz$Int], a[1]]", "f[oz$Type[a[1]],a[1],<a[1]:Int>,<a[1]:Int>]"},
             {"f[oz$Type[a[1], b, c], a[1]]", "f[oz$Type[<a[1]>,b,c],<a[1]>]"},
