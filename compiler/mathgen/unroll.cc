@@ -107,9 +107,8 @@ tAsynt define_indices() {
 tAsynt instance_context(tAsynt inst, const Actuals& actuals, SymbolLog* log) {
   Chain body = BeginInst(inst, actuals);
   if (in_set()) {
-    Chain format_list;  // only the context of a set keeps the rules
     InsertIndices(&body.first);
-    AdjustTopLHS(&body.first, &format_list);
+    AdjustTopLHS(&body.first, nullptr);  // only the context of a set keeps the rules
   }
   Absolutize(&body.first, current_instance_context, log);
   EndInst();

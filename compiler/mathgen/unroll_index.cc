@@ -219,6 +219,24 @@ bool is_named(tAsynt symbol, const char* name) {
   return Asynt_IsType(info, kNamedSymbol) && std::strcmp(NamedSymbol_Name(info), name) == 0;
 }
 
+// Symbols of a name become patterns, also in the indices of paths.
+void PatternizeIndex(tAsynt* actuals, const char* name) {
+  walk_places(actuals, [name](tAsynt* place) {
+    tAsynt t = *place;
+    switch (Asynt_Kind(t)) {
+      case kXPattern:
+      case kPosConv: return false;
+      case kSymbol:
+        if (is_named(t, name))
+          *place = mXPattern(t, blank_empty);
+        else if (tAsynt* components = components_of(Symbol_SymInfo(t)))
+          walk_component_arguments(*components, [name](tAsynt* args) { PatternizeIndex(args, name); });
+        return false;
+      default: return true;
+    }
+  });
+}
+
 }  // namespace
 
 void begin_sets() {
@@ -245,7 +263,7 @@ void AdjustTopLHS(tAsynt* t, Chain* format_list) {
     walk.visit.walk = &walk;
     walk.walk(t);
   }
-  if (disable_Format) return;
+  if (disable_Format || !format_list) return;
   for (const DefinedMember& m : members)
     append(format_list, m.args ? function_format(m.symbol, m.args) : variable_format(m.symbol));
 }
@@ -258,18 +276,8 @@ void NukeRightPatterns(Chain format_list) {
 void PatternizeIndices(tAsynt* actuals, tAsynt indices) {
   for (; Asynt_Kind(indices) == kExpression1; indices = Expression1_Expressions(indices)) {
     tAsynt index = Expression1_Expression(indices);
-    if (Asynt_Kind(index) != kSymbol || !Asynt_IsType(Symbol_SymInfo(index), kNamedSymbol)) continue;
-    const char* name = NamedSymbol_Name(Symbol_SymInfo(index));
-    walk_places(actuals, [name](tAsynt* place) {
-      switch (Asynt_Kind(*place)) {
-        case kXPattern:
-        case kPosConv: return false;
-        case kSymbol:
-          if (is_named(*place, name)) *place = mXPattern(*place, blank_empty);
-          return false;
-        default: return true;
-      }
-    });
+    if (Asynt_Kind(index) == kSymbol && Asynt_IsType(Symbol_SymInfo(index), kNamedSymbol))
+      PatternizeIndex(actuals, NamedSymbol_Name(Symbol_SymInfo(index)));
   }
 }
 

@@ -22,10 +22,17 @@ namespace {
 std::deque<SymbolLog> logs;                     // of the top-level instance at work and its parts
 std::unordered_map<tAsynt, SymbolLog*> log_of;  // of the parts, by their contexts
 
+bool has_indexed_path(tAsynt info);
+
+bool is_indexed(tAsynt component) {
+  if (Asynt_Kind(component) == kSimpleFFE) return true;
+  return Asynt_Kind(component) == kSymbol && has_indexed_path(Symbol_SymInfo(component));
+}
+
 bool has_indexed_path(tAsynt info) {
   tAsynt* components = components_of(info);
   for (tAsynt l = components ? *components : nullptr; Asynt_Kind(l) == kExpression1; l = Expression1_Expressions(l))
-    if (Asynt_Kind(Expression1_Expression(l)) == kSimpleFFE) return true;
+    if (is_indexed(Expression1_Expression(l))) return true;
   return false;
 }
 
@@ -59,14 +66,12 @@ struct AbsolutizeVisit {
 
   // The names in a path are those of other objects and stay; the arguments of its indexed components are walked.
   void path(tAsynt components) {
-    for (; Asynt_Kind(components) == kExpression1; components = Expression1_Expressions(components)) {
-      tAsynt c = Expression1_Expression(components);
-      if (Asynt_Kind(c) == kSimpleFFE) {
-        walk->walk(&FullFormExpression_Args(c));
-        c = SimpleFFE_Name(c);
-      }
+    for (tAsynt l = components; Asynt_Kind(l) == kExpression1; l = Expression1_Expressions(l)) {
+      tAsynt c = Expression1_Expression(l);
+      if (Asynt_Kind(c) == kSimpleFFE) c = SimpleFFE_Name(c);
       if (Asynt_Kind(c) == kSymbol) note(c);
     }
+    walk_component_arguments(components, [this](tAsynt* args) { walk->walk(args); });
   }
 
   void note_place(tAsynt* place) const {
@@ -224,17 +229,26 @@ struct Stripped {
 
 std::unordered_map<tAsynt, Stripped> stripped;
 
-// The components with each indexed one replaced by its head; the arguments go to the chain.
+const Stripped& strip(tAsynt info);
+
+// A component without its indices, which go to the chain. It can be a path itself: r[i]`t is one in r[i]`t`x.
+tAsynt bare_component(tAsynt c, Chain* indices) {
+  if (Asynt_Kind(c) == kSimpleFFE) {
+    tAsynt head = bare_component(SimpleFFE_Name(c), indices);
+    *indices = join(*indices, chain_of(CopyAsynt(FullFormExpression_Args(c))));
+    return head;
+  }
+  if (!is_indexed(c)) return c;
+  const Stripped& s = strip(Symbol_SymInfo(c));
+  *indices = join(*indices, chain_of(CopyAsynt(s.indices)));
+  return mSymbol(s.info);
+}
+
+// The components without indices; those go to the chain.
 tAsynt RemoveAndCollectIndices(tAsynt components, Chain* indices) {
   Chain bare;
-  for (; Asynt_Kind(components) == kExpression1; components = Expression1_Expressions(components)) {
-    tAsynt c = Expression1_Expression(components);
-    if (Asynt_Kind(c) == kSimpleFFE) {
-      *indices = join(*indices, chain_of(CopyAsynt(FullFormExpression_Args(c))));
-      c = SimpleFFE_Name(c);
-    }
-    append(&bare, c);
-  }
+  for (; Asynt_Kind(components) == kExpression1; components = Expression1_Expressions(components))
+    append(&bare, bare_component(Expression1_Expression(components), indices));
   return finish(bare);
 }
 
@@ -246,6 +260,7 @@ const Stripped& strip(tAsynt info) {
   tAsynt components = RemoveAndCollectIndices(AbsoluteSymbol_Components(info), &indices);
   s.info = mAbsoluteSymbol(SymInfo_Type(info), SymInfo_Pos(info), NamedSymbol_Name(info), components);
   s.indices = finish(indices);
+  Unsetify(&s.indices);
   return s;
 }
 

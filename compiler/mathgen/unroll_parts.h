@@ -101,12 +101,18 @@ tAsynt ContainerContext(tAsynt ctx);
 // The first component of a path, or null. syminfo is a FullSymbol or AbsoluteSymbol.
 tAsynt* components_of(tAsynt syminfo);
 
-// Calls walk on the arguments of the indexed components of a path.
+// Calls walk on the arguments of the indexed components of a path. An actual value in a path can be a path itself.
 template <typename Walk>
 void walk_component_arguments(tAsynt components, Walk walk) {
-  for (; Asynt_Kind(components) == kExpression1; components = Expression1_Expressions(components))
-    if (Asynt_Kind(Expression1_Expression(components)) == kSimpleFFE)
-      walk(&FullFormExpression_Args(Expression1_Expression(components)));
+  for (; Asynt_Kind(components) == kExpression1; components = Expression1_Expressions(components)) {
+    tAsynt c = Expression1_Expression(components);
+    if (Asynt_Kind(c) == kSimpleFFE) {
+      walk(&FullFormExpression_Args(c));
+      c = SimpleFFE_Name(c);
+    }
+    if (Asynt_Kind(c) != kSymbol) continue;
+    if (tAsynt* inner = components_of(Symbol_SymInfo(c))) walk_component_arguments(*inner, walk);
+  }
 }
 
 // ---- instances (unroll.cc)
@@ -174,7 +180,8 @@ void MarkSetMembers(tAsynt* t);
 // Every relative name gets the indices.
 void InsertIndices(tAsynt* t);
 
-// Left sides get index patterns; the Format rules of the members that they define are added to the chain.
+// Left sides get index patterns; the Format rules of the members that they define are added to the chain,
+// if there is one.
 void AdjustTopLHS(tAsynt* t, Chain* format_list);
 
 // In the values of Format rules patterns become plain names.

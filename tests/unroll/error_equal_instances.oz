@@ -1,0 +1,4 @@
+model E;
+instance a end;
+class C end;
+instance a[i] end;

@@ -1,0 +1,3 @@
+model E;
+instance b end;
+instance a inherits b end;

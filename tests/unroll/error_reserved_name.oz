@@ -1,0 +1,3 @@
+model E;
+class Max end;
+instance a inherits Max end;

@@ -1,0 +1,3 @@
+model E;
+class C(k) end;
+instance a[i] inherits C(this`h) hide: h; end;

@@ -1,0 +1,3 @@
+model E;
+class C inherits Nowhere end;
+instance a inherits C end;
