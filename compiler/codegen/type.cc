@@ -13,6 +13,7 @@
 
 #include "Errors.h"
 #include "ozerrors.h"
+#include "predef.h"
 #include "type_rules.h"
 #include "unparse.h"
 
@@ -66,6 +67,7 @@ void Begintype() {
   typing_copy = 0;
   silent = 0;
   reported.clear();
+  Drop_operands();
   memory_level = 0;
   Forget_types();
 }

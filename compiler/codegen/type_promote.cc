@@ -4,7 +4,6 @@
 // and that result real again. Operands are typed from left to right before the fold, and all in loops, so that neither
 // the stack nor the time suffers from a long list.
 
-#include <unordered_set>
 #include <vector>
 
 #include "ozerrors.h"
@@ -207,6 +206,8 @@ void fold_list(tPosition pos, tAsynt list, size_t first, int group, char bool_al
 }
 
 }  // namespace
+
+void Drop_operands() { operand_types.clear(); }
 
 tAsynt Promote_exprs(tPosition posIn, tAsynt exprs, char bool_allowed) {
   if (Asynt_Kind(exprs) == kExpression0) empty_list(posIn);

@@ -89,6 +89,9 @@ tAsynt Promote_exprs_2(tPosition posIn, tAsynt exprs, char bool_allowed);
 tAsynt Promote_ineq(tAsynt exprs);
 tAsynt Promote_for_min_max(tAsynt exprs);
 
+// Takes off what a list that ended in a fatal message has left behind.
+void Drop_operands();
+
 // Wraps *t in a conversion if the types differ and conversions are wanted; the same for each operand of an inequality.
 void Change_type(tAsynt* t, tAsynt fromtype, tAsynt totype);
 void Change_ineq_type(tAsynt ineq, tAsynt fromtyp, tAsynt totyp);

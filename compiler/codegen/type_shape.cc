@@ -74,14 +74,16 @@ tAsynt Part_base_type(tAsynt t) {
 
 namespace {
 
-// "_" and All as an index; a "_" that has not been converted yet counts too.
-bool keeps_dimension(tAsynt index) {
-  if (Asynt_Kind(index) == kBlank) return Asynt_Kind(Blank_Head(index)) == kEmpty;
-  return Is_constant(index, kXBlank, Constructor(mXBlank)) || Is_constant(index, kXAll, Constructor(mXAll));
+// "_", also before it is converted.
+bool is_blank(tAsynt e) {
+  if (Asynt_Kind(e) == kBlank) return Asynt_Kind(Blank_Head(e)) == kEmpty;
+  return Is_constant(e, kXBlank, Constructor(mXBlank));
 }
 
+bool keeps_dimension(tAsynt index) { return is_blank(index) || Is_constant(index, kXAll, Constructor(mXAll)); }
+
 void Check_blank_or_int(tAsynt* a) {
-  if (!keeps_dimension(*a)) Check_base(int_type_node, Find_type(a));
+  if (!is_blank(*a)) Check_base(int_type_node, Find_type(a));
 }
 
 // a | b as an index.
