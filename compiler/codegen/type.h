@@ -2,8 +2,8 @@
 //
 // A type is a tree node of the Type family. An array's Dimensions are a list with one element per dimension, outermost
 // first (Expression1 cells, or IntConst1 cells where the full-form reader made them): IntConst 0 is a size that is not
-// known, IntConst -1 an index of the enclosing instance set. Types are shared freely, so nobody may change one in
-// place.
+// known, IntConst -1 an index of the enclosing instance set. Types are shared freely: a change in place shows
+// everywhere.
 //
 //   Begintype();
 //   tAsynt typ = Find_type(&XSet_RHS);        // 1 + 2.5 -> RealType, {1, 2} -> ArrayType(IntType, {2})
@@ -18,7 +18,7 @@ namespace oz {
 // One shared node per basic type, without attributes; made by Begintype.
 extern tAsynt int_type_node, real_type_node, complex_type_node, bool_type_node, string_type_node;
 
-// To be called before any typing; a second call keeps the shared nodes and forgets everything else.
+// To be called before any typing; a second call starts afresh.
 void Begintype();
 void Closetype();
 
@@ -38,7 +38,7 @@ tAsynt Find_type_convert(tAsynt t);
 
 // Between the two calls (they nest) Find_type remembers the types of operations, so that a generator which asks at
 // every level of an expression pays for each node once. The caller promises that nothing but Find_type changes a tree
-// or a type that was asked for, or calls Forget_types behind the change. Only types found without a message are kept.
+// or a type that was asked for, or calls Forget_types behind the change. Types found with a message are not kept.
 void Begin_type_memory();
 void End_type_memory();
 void Forget_types();
@@ -48,8 +48,8 @@ void Forget_types();
 // A basic type itself, the base of an array, else a new NoType.
 tAsynt Find_base(tAsynt typ);
 
-// Whether a type is complex or an array of complex; string; a member of an instance set (no ComplexType_s,
-// StringType_s).
+// Whether a type is complex or an array of complex; a string; a member of an instance set. ComplexType_s and
+// StringType_s are no members here.
 char Is_complex(tAsynt t);
 char Check_string_type(tAsynt t);
 char Is_setmember(tAsynt t);
