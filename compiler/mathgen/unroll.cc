@@ -81,7 +81,7 @@ Chain BeginInst(tAsynt inst, const Actuals& actuals) {
   Chain own;
   append(&own, mComment("Instance body: ", printed(Object_Name(inst))));
   own = join(own, Capsules2Expressions(Object_Capsules(inst), actuals));
-  This2Current(&own.first, current_instance_context);
+  TakeOwn(&own.first, current_instance_context);
   es = join(es, own);
   if (current_index_string) MarkSetMembers(&es.first);
   Chain body;

@@ -3,11 +3,16 @@
 // Parameters are substituted with two values. On a right side the actual value stands for a formal; on a left side it
 // is the same value with the indices of the enclosing sets turned into patterns, as left sides need them.
 
+#include <algorithm>
 #include <cstring>
+#include <deque>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 
 #include "ememory.h"
 #include "index.h"
+#include "nesting.h"
 #include "oz.h"
 #include "ozerrors.h"
 #include "ozt.h"
@@ -22,13 +27,10 @@ int nr_of_classes = 0;
 int depth = 0;           // of inheritance, over parts too
 bool left_this = false;  // a class was expanded with too few or too many actuals
 
-// A chain of classes takes stack with each class.
-constexpr int kMaxDepth = 5000;
-
 // The context that `this` becomes in the classes whose expressions an Inherit at work has asked for; made at the first
 // use. The classes of one such group share the node.
 struct ThisGroup {
-  tAsynt context;  // of the instance that the group's definitions are for
+  tAsynt context = nullptr;  // of the instance that the group's definitions are for
   tAsynt node = nullptr;
 };
 ThisGroup* this_group = nullptr;
@@ -46,9 +48,15 @@ string printed(tAsynt t) { return estrdup(unparse_string(t)); }
 
 // What stands for one formal.
 struct Value {
-  const char* formal;
+  tAsynt formal;  // what its definition defines: the formal, unless an earlier one has its name
   tAsynt lhs;
   tAsynt rhs;
+};
+
+// Of two formals with one name the last is substituted first and leaves nothing for the other.
+struct Values {
+  std::vector<Value> list{};
+  std::unordered_map<std::string_view, size_t> by_name{};
 };
 
 bool starts_at_this(tAsynt components) {
@@ -75,9 +83,7 @@ bool current_place(tAsynt* place, tAsynt context) {
 // tells which of the two values counts.
 class Substitution {
  public:
-  // Only the first `count` values count.
-  Substitution(const std::vector<Value>& values, size_t count, tAsynt context)
-      : values_(values), count_(count), context_(context) {}
+  Substitution(const Values& values, tAsynt context) : values_(values), context_(context) {}
   Substitution(const Substitution&) = delete;
   Substitution& operator=(const Substitution&) = delete;
 
@@ -138,13 +144,10 @@ class Substitution {
 
  private:
   const Value* find(tAsynt symbol) const {
-    if (count_ == 0 || Asynt_Kind(symbol) != kSymbol || Asynt_Kind(Symbol_SymInfo(symbol)) != kSimpleSymbol)
-      return nullptr;
-    const char* name = NamedSymbol_Name(Symbol_SymInfo(symbol));
-    // Of two formals with one name the last is substituted first and leaves nothing for the other.
-    for (size_t i = count_; i-- > 0;)
-      if (std::strcmp(values_[i].formal, name) == 0) return &values_[i];
-    return nullptr;
+    if (values_.list.empty() || Asynt_Kind(symbol) != kSymbol) return nullptr;
+    if (Asynt_Kind(Symbol_SymInfo(symbol)) != kSimpleSymbol) return nullptr;
+    const auto found = values_.by_name.find(NamedSymbol_Name(Symbol_SymInfo(symbol)));
+    return found == values_.by_name.end() ? nullptr : &values_.list[found->second];
   }
 
   static tAsynt copy(const Value* v, bool left) { return CopyAsynt(left ? v->lhs : v->rhs); }
@@ -189,25 +192,69 @@ class Substitution {
     substitute_type(SymInfo_Type(info), left);
   }
 
-  const std::vector<Value>& values_;
-  size_t count_;
+  const Values& values_;
   tAsynt context_;  // what `this` becomes
   Entered entered_{};
 };
 
+// How deep trees nest. Cells of a list lie side by side.
+class Height {
+ public:
+  int of(tAsynt t) {
+    if (!t) return 0;
+    if (t->yyMark != 0) return static_cast<int>(t->yyMark);
+    const tAsynt start = t;
+    int below = 0;
+    while (entered_.enter(t)) {
+      const TreeKind& k = Asynt_Schema.kinds[t->yyKind];
+      if (k.child_count == 0) break;
+      for (int i = 0; i + 1 < k.child_count; i++) below = std::max(below, of(tree_raw_slot<tAsynt>(t, k.children[i])));
+      const tAsynt last = tree_raw_slot<tAsynt>(t, k.children[k.child_count - 1]);
+      if (Asynt_Kind(t) == kExpression1 && last && Asynt_Kind(last) == kExpression1) {
+        t = last;
+        continue;
+      }
+      below = std::max(below, of(last));
+      break;
+    }
+    const int height = below + (Asynt_Kind(start) != kExpression1);
+    start->yyMark = static_cast<uint32_t>(std::max(height, 1));
+    return height;
+  }
+
+ private:
+  Entered entered_{};
+};
+
+// A symbol is a few levels by itself.
+constexpr int kMaxValueHeight = kMaxNesting + 10;
+
+// From class to class a value can grow; what the passes recurse over stays bounded.
+void check_height(tAsynt value) {
+  if (Height().of(value) > kMaxValueHeight)
+    die_msg("Parameters are nested too deeply (more than %d levels, in '%s')", kMaxNesting,
+            unparse_string(current_instance_context));
+}
+
 // The parameters as far as the three lists go together. The formals are substituted from the last to the first, so that
 // a formal's value can contain earlier formals, which are substituted in it in turn.
-std::vector<Value> make_values(const Actuals& actuals, bool* complete) {
-  std::vector<Value> values;
+Values make_values(const Actuals& actuals, bool* complete) {
+  Values values;
   tAsynt f = actuals.formals;
   tAsynt l = actuals.lhs;
   tAsynt r = actuals.rhs;
   while (Asynt_Kind(f) == kSymbol1 && Asynt_Kind(l) == kExpression1 && Asynt_Kind(r) == kExpression1) {
     const char* name = NamedSymbol_Name(Symbol_SymInfo(Symbol1_Symbol(f)));
-    Value v{name, CopyAsynt(Expression1_Expression(l)), CopyAsynt(Expression1_Expression(r))};
-    Substitution(values, values.size(), nullptr).FormalSubst(&v.lhs, true);
-    Substitution(values, values.size(), nullptr).FormalSubst(&v.rhs, false);
-    values.push_back(v);
+    Value v{CopyAsynt(Symbol1_Symbol(f)), CopyAsynt(Expression1_Expression(l)), CopyAsynt(Expression1_Expression(r))};
+    if (!values.list.empty()) {
+      Substitution(values, nullptr).FormalSubst(&v.formal, true);
+      Substitution(values, nullptr).FormalSubst(&v.lhs, true);
+      Substitution(values, nullptr).FormalSubst(&v.rhs, false);
+    }
+    check_height(v.lhs);
+    check_height(v.rhs);
+    values.by_name[name] = values.list.size();
+    values.list.push_back(v);
     f = Symbol1_Symbols(f);
     l = Expression1_Expressions(l);
     r = Expression1_Expressions(r);
@@ -219,15 +266,11 @@ std::vector<Value> make_values(const Actuals& actuals, bool* complete) {
 // Fills a class's parameters into its definitions and puts the definitions of the parameters in front.
 void Parametrize(Chain* e, const Actuals& actuals) {
   bool complete;
-  const std::vector<Value> values = make_values(actuals, &complete);
+  const Values values = make_values(actuals, &complete);
   if (!complete) left_this = true;
-  Substitution(values, values.size(), complete ? this_context() : nullptr).FormalSubst(&e->first, false);
-  tAsynt f = actuals.formals;
+  Substitution(values, complete ? this_context() : nullptr).FormalSubst(&e->first, false);
   Chain definitions;
-  for (const Value& v : values) {
-    append(&definitions, definition(CopyAsynt(Symbol1_Symbol(f)), v.rhs));
-    f = Symbol1_Symbols(f);
-  }
+  for (const Value& v : values.list) append(&definitions, definition(v.formal, v.rhs));
   *e = join(definitions, *e);
 }
 
@@ -269,8 +312,8 @@ void This2Container(tAsynt* t) { walk_places(t, container_place); }
 // Substitutes the formals of the class that names the parent; what is left is known from the object around.
 void ParametrizeArglist(tAsynt* args, tAsynt formals, tAsynt actuals) {
   bool complete;
-  const std::vector<Value> values = make_values({formals, actuals, actuals}, &complete);
-  Substitution(values, values.size(), nullptr).FormalSubst(args, false);
+  const Values values = make_values({formals, actuals, actuals}, &complete);
+  Substitution(values, nullptr).FormalSubst(args, false);
   if (!complete) return;
   This2Container(args);
   if (tAsynt container = ContainerContext(current_instance_context)) Absolutize(args, container);
@@ -291,20 +334,6 @@ void trace_class(tAsynt c, const Actuals& actuals) {
   trace(values.c_str());
 }
 
-Chain Inherit(tAsynt c, tAsynt params_lhs, tAsynt params_rhs) {
-  const Actuals actuals{Class_Formals(c), params_lhs, params_rhs};
-  if (verbose_flag) trace_class(c, actuals);
-  ThisGroup* const outer = this_group;
-  ThisGroup group{current_instance_context};
-  this_group = &group;
-  Chain es = Parents2Expressions(Object_Parents(c), actuals);
-  this_group = outer;
-  Chain cs = Capsules2Copy(Object_Capsules(c), actuals);
-  Parametrize(&cs, actuals);
-  append(&es, mComment("Class: ", printed(Object_Name(c))));
-  return join(es, cs);
-}
-
 tAsynt find_class(tAsynt name) {
   if (Asynt_Kind(Symbol_SymInfo(name)) != kSimpleSymbol)
     die_msg("'%s' used as class name (reserved).", unparse_string(name));
@@ -314,20 +343,40 @@ tAsynt find_class(tAsynt name) {
   return entries[0];
 }
 
-Chain inherit_parent(tAsynt parent, const Actuals& actuals) {
+// A list of parents that is being expanded: that of an instance or of one of its classes.
+struct Level {
+  tAsynt parents;     // the rest
+  tAsynt inheriting;  // the class whose parents they are; null for an instance
+  Actuals actuals;
+  ThisGroup* outer_group;
+  ThisGroup group;
+  Chain all{};  // what the parents up to here have given
+};
+
+// Begins to inherit from a class: its own parents come first.
+Level Inherit(tAsynt parent, const Actuals& actuals) {
   tAsynt c = find_class(Parent_Name(parent));
-  const char* name = NamedSymbol_Name(Symbol_SymInfo(Parent_Name(parent)));
-  if (++depth > nr_of_classes) die_msg("Inheritance graph is cyclic (cycle includes class '%s')\n", name);
-  if (depth > kMaxDepth)
-    die_msg("Inheritance is nested too deeply (more than %d levels, at class '%s')", kMaxDepth, name);
+  if (++depth > nr_of_classes)
+    die_msg("Inheritance graph is cyclic (cycle includes class '%s')\n",
+            NamedSymbol_Name(Symbol_SymInfo(Parent_Name(parent))));
   tAsynt args_rhs = CopyAsynt(Parent_Args(parent));
   tAsynt args_lhs = CopyAsynt(Parent_Args(parent));
   ParametrizeArglist(&args_rhs, actuals.formals, actuals.rhs);
   ParametrizeArglist(&args_lhs, actuals.formals, actuals.lhs);
   PatternizeIndices(&args_lhs, current_indices);
-  const Chain inherited = Inherit(c, args_lhs, args_rhs);
+  const Actuals own{Class_Formals(c), args_lhs, args_rhs};
+  if (verbose_flag) trace_class(c, own);
+  return {Object_Parents(c), c, own, this_group, {current_instance_context}};
+}
+
+// What a class gives: what it has inherited, then its own definitions.
+Chain inherited(const Level& level) {
+  Chain es = level.all;
+  Chain cs = Capsules2Copy(Object_Capsules(level.inheriting), level.actuals);
+  Parametrize(&cs, level.actuals);
+  append(&es, mComment("Class: ", printed(Object_Name(level.inheriting))));
   depth--;
-  return inherited;
+  return join(es, cs);
 }
 
 }  // namespace
@@ -345,11 +394,41 @@ void This2Current(tAsynt* t, tAsynt context) {
   walk_places(t, [context](tAsynt* place) { return current_place(place, context); });
 }
 
+void TakeOwn(tAsynt* t, tAsynt context) {
+  std::unordered_map<tAsynt, tAsynt> own;
+  walk_places(t, [&own, context](tAsynt* place) {
+    if (Asynt_Kind(*place) != kSimpleSymbol) return current_place(place, context);
+    tAsynt type = SymInfo_Type(*place);
+    const bool changes = Asynt_IsType(type, kBasicType) ? current_index_string != nullptr : Asynt_Kind(type) != kNoType;
+    if (!changes) return false;
+    tAsynt& info = own[*place];
+    if (!info) info = mSimpleSymbol(type, SymInfo_Pos(*place), NamedSymbol_Name(*place));
+    *place = info;
+    return false;
+  });
+  // Behind the walk, since copying needs the marks.
+  for (const auto& [shared, info] : own) SymInfo_Type(info) = CopyAsynt(SymInfo_Type(shared));
+}
+
+// The classes on the way to an ancestor are kept on a list: a chain of classes may be long.
 Chain Parents2Expressions(tAsynt parents, const Actuals& actuals) {
-  Chain all;
-  for (; Asynt_Kind(parents) == kParent1; parents = Parent1_Parents(parents))
-    all = join(inherit_parent(Parent1_Parent(parents), actuals), all);
-  return all;
+  std::deque<Level> levels;
+  levels.push_back({parents, nullptr, actuals, this_group, {}});
+  for (;;) {
+    Level& top = levels.back();
+    if (Asynt_Kind(top.parents) == kParent1) {
+      tAsynt parent = Parent1_Parent(top.parents);
+      top.parents = Parent1_Parents(top.parents);
+      levels.push_back(Inherit(parent, top.actuals));
+      this_group = &levels.back().group;
+      continue;
+    }
+    if (!top.inheriting) return top.all;
+    this_group = top.outer_group;
+    const Chain chain = inherited(top);
+    levels.pop_back();
+    levels.back().all = join(chain, levels.back().all);
+  }
 }
 
 }  // namespace oz::unrolling

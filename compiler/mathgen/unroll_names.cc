@@ -38,6 +38,16 @@ bool has_indexed_path(tAsynt info) {
 
 // ---- absolute names
 
+// Formal parameters and names without a path belong to one function each: they are nobody else's.
+bool is_function_local(tAsynt info) {
+  if (Asynt_Kind(info) != kAbsoluteSymbol) return false;
+  tAsynt components = AbsoluteSymbol_Components(info);
+  if (Asynt_Kind(components) != kExpression1) return true;
+  tAsynt first = Expression1_Expression(components);
+  return Asynt_Kind(first) == kSymbol && Asynt_Kind(Symbol_SymInfo(first)) == kSimpleSymbol &&
+         std::string_view(NamedSymbol_Name(Symbol_SymInfo(first))) == "P$";
+}
+
 // One walk that makes names absolute. The symbols of one name that share their information go on sharing it, but not
 // inside of host auxiliaries, where each keeps its own.
 struct AbsolutizeVisit {
@@ -92,13 +102,17 @@ struct AbsolutizeVisit {
 
   void symbol(tAsynt t) {
     tAsynt info = Symbol_SymInfo(t);
+    bool is_ours = true;
     switch (Asynt_Kind(info)) {
       case kSimpleSymbol: Symbol_SymInfo(t) = absolute_simple(info); break;
       case kFullSymbol:
         path(FullSymbol_Components(info));
         Symbol_SymInfo(t) = absolute(info, FullSymbol_Components(info));
         break;
-      case kAbsoluteSymbol: path(AbsoluteSymbol_Components(info)); break;
+      case kAbsoluteSymbol:
+        path(AbsoluteSymbol_Components(info));
+        is_ours = is_function_local(info);
+        break;
       case kRelativeNest:
         Symbol_SymInfo(t) = mAbsoluteNest(SymInfo_Type(info), SymInfo_Pos(info), RelativeNest_FullFormExpression(info));
         walk->walk(&AbsoluteNest_FullFormExpression(Symbol_SymInfo(t)));
@@ -106,10 +120,10 @@ struct AbsolutizeVisit {
       default: break;
     }
     note(t);
-    type(SymInfo_Type(Symbol_SymInfo(t)));
+    if (is_ours) type(SymInfo_Type(Symbol_SymInfo(t)));
   }
 
-  // The sizes in types name things of the instance too.
+  // The sizes in the types of its names are things of the instance too.
   void type(tAsynt t) {
     if (Asynt_IsType(t, kArrayType))
       walk->walk(&ArrayType_Dimensions(t));
@@ -142,16 +156,6 @@ struct AbsolutizeVisit {
 };
 
 // ---- sharing
-
-// Formal parameters and names without a path belong to one function each: they are nobody else's.
-bool is_function_local(tAsynt info) {
-  if (Asynt_Kind(info) != kAbsoluteSymbol) return false;
-  tAsynt components = AbsoluteSymbol_Components(info);
-  if (Asynt_Kind(components) != kExpression1) return true;
-  tAsynt first = Expression1_Expression(components);
-  return Asynt_Kind(first) == kSymbol && Asynt_Kind(Symbol_SymInfo(first)) == kSimpleSymbol &&
-         std::string_view(NamedSymbol_Name(Symbol_SymInfo(first))) == "P$";
-}
 
 // The names of an instance by their printed text. The node of the last typed occurrence stands for all, or that of the
 // first occurrence if none has a type. While the names are being shared, the mark of a symbol information is the number
@@ -235,6 +239,7 @@ const Stripped& strip(tAsynt info);
 tAsynt bare_component(tAsynt c, Chain* indices) {
   if (Asynt_Kind(c) == kSimpleFFE) {
     tAsynt head = bare_component(SimpleFFE_Name(c), indices);
+    Unsetify(&FullFormExpression_Args(c));
     *indices = join(*indices, chain_of(CopyAsynt(FullFormExpression_Args(c))));
     return head;
   }
@@ -257,16 +262,18 @@ const Stripped& strip(tAsynt info) {
   Stripped& s = stripped[info];
   if (s.info) return s;
   Chain indices;
-  tAsynt components = RemoveAndCollectIndices(AbsoluteSymbol_Components(info), &indices);
-  s.info = mAbsoluteSymbol(SymInfo_Type(info), SymInfo_Pos(info), NamedSymbol_Name(info), components);
+  tAsynt components = RemoveAndCollectIndices(*components_of(info), &indices);
+  const auto make = Asynt_Kind(info) == kFullSymbol ? mFullSymbol : mAbsoluteSymbol;
+  s.info = make(SymInfo_Type(info), SymInfo_Pos(info), NamedSymbol_Name(info), components);
   s.indices = finish(indices);
-  Unsetify(&s.indices);
   return s;
 }
 
-// Takes the indices out of a symbol's path; null if there are none.
+// Takes the indices out of a symbol's path; null if there are none. A path that is still relative, as one among the
+// globals can be, keeps them.
 tAsynt taken_indices(tAsynt symbol) {
-  if (Asynt_Kind(symbol) != kSymbol || !has_indexed_path(Symbol_SymInfo(symbol))) return nullptr;
+  if (Asynt_Kind(symbol) != kSymbol || Asynt_Kind(Symbol_SymInfo(symbol)) != kAbsoluteSymbol) return nullptr;
+  if (!has_indexed_path(Symbol_SymInfo(symbol))) return nullptr;
   const Stripped& s = strip(Symbol_SymInfo(symbol));
   Symbol_SymInfo(symbol) = s.info;
   return CopyAsynt(s.indices);

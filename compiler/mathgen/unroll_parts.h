@@ -145,6 +145,10 @@ bool this_is_left();
 // `this` in a tree becomes `context`; a path from it loses it.
 void This2Current(tAsynt* t, tAsynt context);
 
+// The same in an instance's own definitions. These are no copies, and their names are the very nodes of the classes
+// that declare them: names whose types unrolling changes get nodes of their own, so that other instances do not see it.
+void TakeOwn(tAsynt* t, tAsynt context);
+
 // ---- names and indices (unroll_names.cc)
 
 void begin_names();

@@ -4,7 +4,29 @@
 #include "oz.h"
 #include "ozerrors.h"
 
+#ifdef OZ_SANITIZE
+#include <sys/resource.h>
+
+namespace {
+
+// The frames of this build are several times as large as usual. The limit counts when the stack grows.
+void enlarge_stack() {
+  rlimit limit;
+  if (getrlimit(RLIMIT_STACK, &limit) != 0) return;
+  limit.rlim_cur = rlim_t{100} << 20;
+  if (limit.rlim_max != RLIM_INFINITY && limit.rlim_cur > limit.rlim_max) limit.rlim_cur = limit.rlim_max;
+  setrlimit(RLIMIT_STACK, &limit);
+}
+
+}  // namespace
+#else
+namespace {
+void enlarge_stack() {}
+}  // namespace
+#endif
+
 int main(int argc, char** argv) {
+  enlarge_stack();
   oz::BEGIN_System();
   if (oz::installed_by_alg(argc, argv)) oz::die_msg("This build serves no link: start it with -s and a model file");
   return oz::standalone_main(argc, argv);
