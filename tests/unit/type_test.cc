@@ -4,8 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <cstring>
 #include <map>
-#include <regex>
 #include <sstream>
 
 #include "fatal_text.h"
@@ -23,16 +24,17 @@ namespace {
 // Reports as "E7,3 text" lines: the class's first letter, and the place if there is one. A text that came out in pieces
 // of 250 characters, the further ones behind "...", is put together again.
 std::string short_reports(const std::string& text) {
-  static const std::regex head("^ *([0-9]+), *([0-9]+): ([A-Z])[A-Za-z ]{11}");
   std::istringstream lines(text);
   std::string out;
-  std::smatch m;
   size_t length = 0;
   for (std::string line; std::getline(lines, line);) {
     std::string start = out.empty() ? "" : "\n";
-    if (std::regex_search(line, m, head)) {
-      start += m.str(3) + (m.str(1) == "0" ? "" : m.str(1) + "," + m.str(2)) + " ";
-      line = m.suffix();
+    unsigned row, column;
+    int head = 0;
+    if (std::sscanf(line.c_str(), "%u,%u: %n", &row, &column, &head) == 2 && head > 0) {
+      start += line[static_cast<size_t>(head)];
+      start += (row ? std::to_string(row) + ',' + std::to_string(column) : "") + ' ';
+      line = line.substr(static_cast<size_t>(head) + std::strlen("Error       "));
     }
     out += length >= 250 ? line.substr(3) : start + line;
     length = line.size();
