@@ -519,7 +519,7 @@ void Begin_type_memory() {
 }
 
 void End_type_memory() {
-  if (--memory_level == 0) Forget_types();
+  if (memory_level > 0 && --memory_level == 0) Forget_types();
 }
 
 void Forget_types() {

@@ -114,6 +114,8 @@ TEST_F(Type, LeavesAndStatements) {
           {"XWhich[]", nullptr, "F Tried to type empty expression list."},
           {"XPlus[]", nullptr, "F7,3 Tried to type empty expression list."},
       });
+  tAsynt file = mFilename("f");
+  EXPECT_EQ(string_type_node, Find_type(&file));
   const std::string odd = message_of([] {
     tAsynt t = typed_tree("XWhich[b,1,b]");
     Find_type(&t);
@@ -123,8 +125,7 @@ TEST_F(Type, LeavesAndStatements) {
 
 TEST_F(Type, Functions) {
   expect_types(
-      "XAbs[z]=real "
-      "XAbs[zv]=real[3] XAbs[i]=int "
+      "XAbs[z]=real XAbs[zv]=real[3] XAbs[i]=int "
       "XGenTypeInformation[bv]=bool[2] XTranspose[rm]=real[3,2] XSort[rv]=real[4] XMean[iv]=real "
       "XVariance[it]=real[3,4] XMedian[rv]=real XMean[rm]=real[3] XMean[zv]=complex XMean[zm]=complex[3] "
       "XTotal[rv]=real XTotal[rm]=real[3] ArcTan2[i,r]=real XMod[i,iv]=int[3] NaturalDivide[r,rv]=int[4] "
@@ -154,8 +155,7 @@ TEST_F(Type, ElementwiseFunctions) {
   };
   const Family families[] = {
       {"XSin XArcSin XSinh XArcSinh XCos XArcCos XCosh XArcCosh XTan XArcTan XTanh XArcTanh XCot XArcCot XCoth "
-       "XArcCoth "
-       "XSec XSech XCsc XCsch XExp XLog XSqrt XFractionalPart XConjugate",
+       "XArcCoth XSec XSech XCsc XCsch XExp XLog XSqrt XFractionalPart XConjugate",
        "complex", "real[3]"},
       {"XSign XFloor XCeiling XRound XIntegerPart", "complex", "int[3]"},
       {"XN XRe XIm XArg", "real", "real[3]"},
@@ -201,6 +201,10 @@ TEST_F(Type, Operators) {
       });
 }
 
+#define SET_SHAPE(x, text, more)                                                           \
+  "W7,3 In  XSetShape[ " x ", i ]  the call to SetShape sets the dimensions of " text more \
+  ", or fill array with scalars using a Table[]. Ignore this message if you fixed it."
+
 TEST_F(Type, ArrayFunctions) {
   expect_types(
       "XDimensions[rm]=int[2] XSetCols[rm,1]=real[2,3] XSetRows[rv]=real[4] XSetSubMatrix[rm]=real[2,3] "
@@ -221,17 +225,13 @@ TEST_F(Type, ArrayFunctions) {
           {"XRow[rv,1]", nullptr, "F7,3 Two-dimensional argument to Row operator expected."},
           {"XRow[r,1]", nullptr, "F7,3 Non-array or wrong rank of array in Row  operator."},
           {"XSetShape[rm,i]", "real[2,3]",
-           "W7,3 In  XSetShape[ rm, i ]  the call to SetShape sets the dimensions of array but has too few indexes to "
-           "do "
-           "that in advance. You have to either declare array  with correct dimensions, or fill array with scalars "
-           "using "
-           "a Table[]. Ignore this message if you fixed it. "},
+           SET_SHAPE("rm", "array but has too few indexes to do that in advance. You have to either declare array ",
+                     " with correct dimensions") " "},
           {"XSetShape[XMinus[rv],i]", "real[4]",
-           "W7,3 In  XSetShape[ -rv, i ]  the call to SetShape sets the dimensions of -rv  array but it is applied to "
-           "a "
-           "fragment of array and therefore makes no effect. You have to either declare array with correct  "
-           "dimensions, "
-           "or fill array with scalars using a Table[]. Ignore this message if you fixed it."},
+           SET_SHAPE(
+               "-rv",
+               "-rv  array but it is applied to a fragment of array and therefore makes no effect. You have to either ",
+               "declare array with correct  dimensions")},
           {"XJoin[iv,rm]", "int[3]",
            "E  Join[] first argument type does not match type of rm\n"
            "E Join[]  argument type must be array of Integer or Real or Complex"},
