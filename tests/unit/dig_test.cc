@@ -1,0 +1,121 @@
+// What a finished model declares: functions, types, nests, variables of instances.
+
+#include "dig.h"
+
+#include <map>
+#include <string>
+#include <utility>
+
+#include "fatal_text.h"
+#include "flatten.h"
+#include "model_text.h"
+#include "name.h"
+#include "oz.h"
+#include "ozt.h"
+#include "tree_text.h"
+#include "type_text.h"
+#include "unroll.h"
+
+namespace oz {
+namespace {
+
+struct Dig : ModelText {
+  tIndex instances = nullptr;
+
+  tAsynt flat(const std::string& text) {
+    tAsynt t = parsed(text);
+    Qualify(&t);
+    ozt(&t);
+    unroll(&t, &instances);
+    flatten(&t);
+    return t;
+  }
+};
+
+// The keys of an index in the order of their texts, each with its first entry as a describe gives it.
+template <typename Describe>
+std::string entries(tIndex index, Describe describe) {
+  std::map<std::string, std::string> sorted;
+  Iter* iter = start_iter(index);
+  while (tAsynt* found = iter_next(iter)) {
+    const std::string key = iter_key(iter);
+    EXPECT_EQ(nullptr, found[1]) << key;
+    sorted[key] = describe(found[0]);
+  }
+  std::string text;
+  for (const auto& [key, value] : sorted) text += (text.empty() ? "" : "; ") + key + " = " + value;
+  return text;
+}
+
+std::string type_of_entry(tAsynt t) {
+  return Asynt_Kind(t) == kSymbol ? type_text(SymInfo_Type(Symbol_SymInfo(t))) : Asynt_NodeName(Asynt_Kind(t));
+}
+
+std::string right_side(tAsynt definition) { return unparse_string(Binary_RHS(definition)); }
+
+TEST_F(Dig, Compilables) {
+  const struct {
+    const char* model;
+    const char* functions;
+    const char* messages;
+  } rows[] = {
+      {"real f[real x_] := x; h[real x_] := x; real v := 1; w := f[v];", "M`f = P$`x", ""},
+      {"real f[real x_, real y_] := x; real g[x_, int y_] := x; real h[x__] := 1;", "M`f = P$`x; M`g = P$`x", ""},
+      {"real f[real x_] := x; real f[int k_] := k; real f[bool b_] := 3;", "M`f = 3",
+       "   0,  0: Warning     Multiple type declaration for M`f, using last one.\n"
+       "   0,  0: Warning     Multiple type declaration for M`f, using last one.\n"},
+      {"{real, int} f[real x_] := {x, 1};", "M`f =  { P$`x, 1 } ", ""},
+      // The last bracket holds the parameters, those before it the indices of a set; the name is that of the function.
+      {"class C reveal: real h[real y_] := y; k[real y_] := y; end; instance o inherits C end;"
+       "instance s[i] inherits C end;",
+       "o`h = P$`y; s`h = P$`y", ""},
+  };
+  for (const auto& row : rows) {
+    std::string functions;
+    tAsynt model = flat(row.model);
+    EXPECT_EQ(row.messages, message_of([&] { functions = entries(GetCompilables(model), right_side); })) << row.model;
+    EXPECT_EQ(row.functions, functions) << row.model;
+    EXPECT_TRUE(AsyntMarksAreZero(model));
+  }
+}
+
+// Uses that are calls become symbols on the element that stands first; a call inside an element stays.
+TEST_F(Dig, Nests) {
+  const struct {
+    const char* model;
+    const char* before;
+    const char* after;
+  } rows[] = {
+      {"real a[1]; y := a[1] + a[2] + b[1];", "y := a[1]", ""},
+  };
+  for (const auto& row : rows) {
+    tAsynt model = flat(row.model);
+    std::printf("%s\n", tree_text(model).c_str());
+    FixNests(model);
+    std::printf("%s\n", tree_text(model).c_str());
+    const std::string once = tree_text(model);
+    EXPECT_TRUE(AsyntMarksAreZero(model) && CheckAsynt(model));
+    FixNests(model);
+    EXPECT_EQ(once, tree_text(model));
+  }
+}
+
+TEST_F(Dig, TypesOfNames) {
+  const struct {
+    const char* model;
+    const char* avoid;  // a function whose name is no variable
+    const char* types;
+  } rows[] = {
+      {"real x; int k := x; y := 2; real array[3] v;", "", "M`k = int; M`v = real[?]; M`x = real"},
+      {"real f[real x_] := x + z; real z;", "", "M`z = real"},
+  };
+  for (const auto& row : rows) {
+    tIndex avoid = make_index(linked_list, 1);
+    create_entry(avoid, mEmpty(), row.avoid);
+    tAsynt model = flat(row.model);
+    EXPECT_EQ(row.types, entries(GetVarTypes(model, avoid), type_of_entry)) << row.model;
+  }
+}
+
+}  // namespace
+}  // namespace oz
