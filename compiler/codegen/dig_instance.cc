@@ -14,8 +14,9 @@
 
 #include "dig.h"
 #include "dig_parts.h"
+#include "efunc.h"
 #include "sheepout.h"
-#include "sheepout_gen.h"
+#include "sheepunp.h"
 #include "type.h"
 
 namespace oz {

@@ -7,6 +7,7 @@
 
 #include "dig.h"
 #include "dig_parts.h"
+#include "efunc.h"
 #include "ffparse.h"
 #include "ffscan.h"
 #include "ozerrors.h"
@@ -104,7 +105,7 @@ char CollectExternalFuncTypes(tAsynt* t) {
 
 // A name of the model as the reader gives it, with its type.
 tAsynt read_model_name(tAsynt symbol) {
-  const std::string text = model_name + '`' + GetName(symbol);
+  const std::string text = std::string(model_name) + '`' + GetName(symbol);
   ffscan_SetString(text.c_str());
   ffscan_BeginFile("");
   return ffparse(0);

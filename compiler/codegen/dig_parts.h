@@ -1,8 +1,6 @@
 // What the sources of the search through models share.
 #pragma once
 
-#include <string>
-
 #include "Asynt.h"
 
 namespace oz {
@@ -23,13 +21,5 @@ bool Is_dyn(tAsynt dimension);
 bool Has_dimension(tAsynt dims, const char* routine);
 tAsynt First_dimension(tAsynt dims);
 tAsynt Other_dimensions(tAsynt dims);
-
-// What the kept model and the Fortran generator give to this module.
-tAsynt find_declaration(tAsynt symbol, bool* was_funcall);
-extern std::string model_name;
-string stripmodelname(string s);
-void remember_vardecl(tAsynt var);
-void Foutput_type(tAsynt typ);
-tAsynt WithoutDynIndices(tAsynt si);
 
 }  // namespace oz

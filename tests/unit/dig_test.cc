@@ -53,20 +53,33 @@ std::string type_of_entry(tAsynt t) {
 
 std::string right_side(tAsynt definition) { return unparse_string(Binary_RHS(definition)); }
 
+const char* wanted_name;
+tAsynt wanted;
+
+tAsynt definition_of(const char* name, tAsynt model) {
+  wanted_name = name;
+  wanted = nullptr;
+  TraverseAsyntTD2(&model, [](tAsynt* t) -> char {
+    if (Asynt_Kind(*t) == kXSetDelayed && std::string(wanted_name) == unparse_string(Binary_LHS(*t))) wanted = *t;
+    return true;
+  });
+  return wanted;
+}
+
 TEST_F(Dig, Compilables) {
   const struct {
     const char* model;
     const char* functions;
     const char* messages;
   } rows[] = {
-      {"real f[real x_] := x; h[real x_] := x; real v := 1; w := f[v];", "M`f = P$`x", ""},
-      {"real f[real x_, real y_] := x; real g[x_, int y_] := x; real h[x__] := 1;", "M`f = P$`x; M`g = P$`x", ""},
+      {"real f[real x_] := x; h[x_] := x; real v := 1; w := f[v];", "M`f = P$`x", ""},
+      {"real f[real x_, real y_] := x; real g[_] := 1; real h[2] := 1; real a[2];", "M`f = P$`x", ""},
       {"real f[real x_] := x; real f[int k_] := k; real f[bool b_] := 3;", "M`f = 3",
        "   0,  0: Warning     Multiple type declaration for M`f, using last one.\n"
        "   0,  0: Warning     Multiple type declaration for M`f, using last one.\n"},
       {"{real, int} f[real x_] := {x, 1};", "M`f =  { P$`x, 1 } ", ""},
       // The last bracket holds the parameters, those before it the indices of a set; the name is that of the function.
-      {"class C reveal: real h[real y_] := y; k[real y_] := y; end; instance o inherits C end;"
+      {"class C reveal: real h[real y_] := y; k[y_] := y; end; instance o inherits C end;"
        "instance s[i] inherits C end;",
        "o`h = P$`y; s`h = P$`y", ""},
   };
@@ -79,22 +92,31 @@ TEST_F(Dig, Compilables) {
   }
 }
 
-// Uses that are calls become symbols on the element that stands first; a call inside an element stays.
+// The definition of y, before and behind: calls become symbols on the element that stands first. A second run changes
+// nothing.
 TEST_F(Dig, Nests) {
   const struct {
     const char* model;
     const char* before;
-    const char* after;
+    const char* behind;
   } rows[] = {
-      {"real a[1]; y := a[1] + a[2] + b[1];", "y := a[1]", ""},
+      {"real a[1]; y := a[1] + a[2] + 2*a[1];", "XPlus[M`a[1],M`a[2],XTimes[2,M`a[1]]]",
+       "XPlus[<M`a[1]:Real>,M`a[2],XTimes[2,<M`a[1]:Real>]]"},
+      {"y := f[f[a[1]]]; int a[1];", "f[f[M`a[1]]]", "f[f[<M`a[1]:Int>]]"},
+      {"real a[1][2]; y := a[1][2] + a[1][3] + a[1] + b[a[1][2]][2];",
+       "XPlus[(M`a[1])[2],(M`a[1])[3],M`a[1],(b[(M`a[1])[2]])[2]]",
+       "XPlus[<(M`a[1])[2]:Real>,(M`a[1])[3],M`a[1],(b[<(M`a[1])[2]:Real>])[2]]"},
+      {"real a[1]; real a[a[1]]; y := a[a[1]];", "M`a[M`a[1]]", "<M`a[M`a[1]]:Real>"},
+      {"real a[1]; y := (#[1])[2];", "", ""},
   };
   for (const auto& row : rows) {
     tAsynt model = flat(row.model);
-    std::printf("%s\n", tree_text(model).c_str());
+    tAsynt y = definition_of("M`y", model);
+    EXPECT_EQ(row.before, tree_text(Binary_RHS(y)));
     FixNests(model);
-    std::printf("%s\n", tree_text(model).c_str());
-    const std::string once = tree_text(model);
+    EXPECT_EQ(row.behind, tree_text(Binary_RHS(y)));
     EXPECT_TRUE(AsyntMarksAreZero(model) && CheckAsynt(model));
+    const std::string once = tree_text(model);
     FixNests(model);
     EXPECT_EQ(once, tree_text(model));
   }
