@@ -27,7 +27,13 @@
 
 namespace oz {
 
-void (*dig_Exit)() = Errors_Exit;
+namespace {
+
+void leave() { Errors_Exit(); }
+
+}  // namespace
+
+void (*dig_Exit)() = leave;
 
 namespace {
 
