@@ -1,7 +1,7 @@
 // What the C++ output layer asks of the generator above it.
 #pragma once
 
-#include "Asynt.h"
+#include "efunc.h"
 
 namespace oz {
 
@@ -11,9 +11,5 @@ int CPpri(tAsynt t);
 
 // A visitor that declares a symbol.
 char CPmake_var_decl(tAsynt* t);
-
-// Declares the global variables that were remembered; forgets them.
-void perform_global_vardecls();
-void purge_remembered_vardecls();
 
 }  // namespace oz

@@ -1,13 +1,9 @@
 // What the Fortran output layer asks of the generator above it.
 #pragma once
 
-#include "Asynt.h"
+#include "efunc.h"
 
 namespace oz {
-
-// The language of the open file set; none: no set is open.
-enum Language { fortran90 = 0, hpf = 1, cplusplus = 2, java = 3, none = 4 };
-extern Language genlang;
 
 // Writes an expression; how tight it binds.
 void FunparseVal(tAsynt t);
