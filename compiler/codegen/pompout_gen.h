@@ -9,9 +9,6 @@ namespace oz {
 void CPunparseVal(tAsynt t);
 int CPpri(tAsynt t);
 
-// A visitor that declares a symbol.
-char CPmake_var_decl(tAsynt* t);
-
 // Declares the global variables that were remembered; forgets them.
 void perform_global_vardecls();
 void purge_remembered_vardecls();
