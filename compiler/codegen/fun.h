@@ -18,9 +18,9 @@ extern void (*fun_Exit)();
 // title "In function NAME:". name must live as long as fun_name is read.
 void Make_code_for_fun(string name, tAsynt t);
 
-// The rewrites of a definition that precede the generator: temporaries are declared, the value becomes assignments to
-// out-parameters, the body is verified, its accesses to members of instance sets become array accesses, and for
-// Fortran 90 array initialisations are prepared. An external function has its head transformed and no more.
+// The rewrites of a definition that all targets share: temporaries are declared, the value becomes assignments to
+// out-parameters, the body is verified, and its accesses to members of instance sets become array accesses. An external
+// function has its head transformed and no more.
 void Prepare_fun(tAsynt t);
 
 // Whether a body applies fun_name; whether it names no variable of the model.

@@ -1,4 +1,5 @@
-// What the generators are told about a body: whether the function calls itself, whether it touches the model's variables.
+// What the generators are told about a body: whether the function calls itself, whether it touches the model's
+// variables.
 
 #include <string>
 
