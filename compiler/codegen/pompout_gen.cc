@@ -2,7 +2,7 @@
 #include "pompout_gen.h"
 
 #include "pompout.h"
-#include "pompunp_fn.h"
+#include "pompunp.h"
 
 namespace oz {
 

@@ -1,13 +1,7 @@
-// What the C++ output layer asks of the generator above it.
+// What the C++ output layer asks of the commands.
 #pragma once
 
-#include "Asynt.h"
-
 namespace oz {
-
-// Writes an expression; how tight it binds.
-void CPunparseVal(tAsynt t);
-int CPpri(tAsynt t);
 
 // Declares the global variables that were remembered; forgets them.
 void perform_global_vardecls();
