@@ -9,6 +9,8 @@
 // declares a variable for each and sends them back as a list. An external function has a bare prototype, or a stub in
 // the .icc. One of the language "Alg" is a callback: its definition stands in if.cc and asks the host.
 
+#include "pompunp_fn.h"
+
 #include <string>
 
 #include "al_cmds.h"
@@ -16,7 +18,6 @@
 #include "ememory.h"
 #include "ozerrors.h"
 #include "pompout.h"
-#include "pompunp_fn.h"
 #include "sheepunp.h"
 #include "type.h"
 #include "unparse.h"

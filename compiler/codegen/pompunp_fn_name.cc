@@ -141,9 +141,8 @@ std::string CPfunction_context(tAsynt sym) {
   if (Asynt_Kind(sym) != kAbsoluteSymbol) return "";
   if (const tAsynt definition = external_definition(declaration_of(sym))) {
     const tAsynt declaration = external_declaration(definition);
-    std::string context = declaration && ExternalDeclaration_Context(declaration)
-                              ? ExternalDeclaration_Context(declaration)
-                              : "";
+    std::string context =
+        declaration && ExternalDeclaration_Context(declaration) ? ExternalDeclaration_Context(declaration) : "";
     if (!context.empty() && context.back() == '`') context.pop_back();
     if (!context.empty()) return context;
   }
