@@ -2,6 +2,7 @@
 #include "pompout_gen.h"
 
 #include "pompout.h"
+#include "pompunp_fn.h"
 
 namespace oz {
 

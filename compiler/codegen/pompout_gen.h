@@ -9,7 +9,4 @@ namespace oz {
 void CPunparseVal(tAsynt t);
 int CPpri(tAsynt t);
 
-// A visitor that declares a symbol.
-char CPmake_var_decl(tAsynt* t);
-
 }  // namespace oz
