@@ -338,7 +338,6 @@ TEST_F(Veritrans, FullFormText) {
             {"Times[-1, oz$Type[a, oz$Real], Power[a, -1], Power[Sin[a], -1]]", "XMinus[XDivide[a,XTimes[XSin[a],a]]]"},
             {"Set[oz$Type[a[1], oz$Real], Plus[a[1], Pi]]", "XSet[<a[1]>,XPlus[<a[1]>,XPi]]"},
             {"Part[oz$Type[x, oz$ArrayType[oz$Real, 3, 0]], 1, Blank]", "XPart[x:ArrayType[Real,{3,0}],1,XBlank]"},
-            {"Plus[oz$Type[oz$x$C, oz$Real], 1]", "XPlus[oz$x$C,1]"},
             {"Inequality[1, Less, Pi, Less, 4]", "XInequality[1,XLess[],XPi,XLess[],4]"},
             {"Print[Derivative[1][oz$Type[a, oz$Real]]]", "XPrint[Deriv[1,a]]"},
             {"CompoundExpression[If[True, Break, Null], While[False]]",
@@ -359,7 +358,7 @@ TEST_F(Veritrans, DeepAndLongTrees) {
     deep += "Times[-1, ";
     end += "]";
   }
-  for (int i = 0; i < 100000; i++) {
+  for (int i = 0; i < 20000; i++) {
     chain += ", Less, " + std::to_string(i);
     sum += ", Times[-1, Power[" + std::to_string(i) + ", -1]]";
   }
