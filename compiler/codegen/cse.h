@@ -22,7 +22,8 @@ extern int simple_code;
 // When set, finish_cse hands the list to cse_schedule.
 extern int do_ddg;
 
-// What measures a list when do_ddg is set. It does not return. Set by the scheduling instrument.
+// What measures a list when do_ddg is set. It does not return. Set by the scheduling instrument; a failure
+// of the pass without it.
 extern void (*cse_schedule)(tAsynt set_list);
 
 // What a failure of the pass leaves through; initially Errors_Exit.
@@ -36,10 +37,10 @@ void init_cse();
 
 // Numbers t and replaces operands by temporaries in place; the replacement of t itself, if there is one, goes to *tp.
 // The value number of t.
-unsigned Cse(tAsynt t, tAsyntp tp);
+unsigned Cse(tAsynt t, tAsynt* tp);
 
 // Replaces an expression with a value number by the temporary of the same expression, or by a new one.
-void find_same(unsigned hash, tAsynt expr, tAsyntp tp);
+void find_same(unsigned hash, tAsynt expr, tAsynt* tp);
 
 // Numbers the right side of an assignment and puts the assignment on the list; for {a, b} = {c, d} all right sides
 // come before all assignments.
@@ -48,6 +49,9 @@ void Set_list_cse_2(tPosition Pos, tAsynt lhs, tAsynt rhs);
 
 // Appends the assignment sym = val to the list.
 void add_to_set_list(tPosition pos, tAsynt sym, tAsynt val);
+
+// Puts an end behind the last assignment; the list.
+tAsynt cse_close_list(tAsynt end);
 
 // Closes the list: an XCompoundExpression of it, or what conditional rewriting makes of it.
 tAsynt finish_cse();

@@ -1,8 +1,6 @@
 // Value numbers of expressions, and the table that finds an expression seen before.
 #pragma once
 
-#include <string_view>
-
 #include "Asynt.h"
 
 namespace oz {
@@ -12,7 +10,7 @@ namespace oz {
 // Over the bytes of the value in memory; over the characters of the text (null counts as empty).
 unsigned hash_int(ozmat_int x);
 unsigned hash_real(ozmat_real x);
-unsigned hash_str(const char* s);
+unsigned hash_str(string s);
 
 // A node's number from its kind and the numbers of its operands: ((kind * 33 + v0) * 33 + v1) ...
 unsigned value_num0(tAsynt t);
@@ -43,12 +41,9 @@ struct cse_element_t {
 // Empties the table and forgets the numbers of symbols.
 void cse_init_hashtable();
 
-// The element of a numbered expression whose value number is hash, or null.
-cse_element_t* cse_lookup(unsigned hash, tAsynt expr);
-
-// A new element, without a temporary yet. The expression must not be in the table; it may be changed afterwards by
-// conversions put around its operands, and by nothing else.
-cse_element_t* cse_insert(unsigned hash, tAsynt expr);
+// The element of a numbered expression whose value number is hash; a new one has no temporary yet. The expression may
+// be changed afterwards by conversions put around its operands, and by nothing else.
+cse_element_t* cse_enter(unsigned hash, tAsynt expr);
 
 // Elements and buckets. For tests and measurements.
 size_t cse_elements();
