@@ -2,13 +2,12 @@
 //
 // The first lines name the set by the last part of its path, but the C++ wrappers include their headers by the whole
 // path. A set counts as written when the last byte of its last file is on the disk.
-#include "codegen.h"
-
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <string>
 
+#include "codegen.h"
 #include "pompout.h"
 #include "sheepout.h"
 
@@ -22,8 +21,11 @@ struct File {
 
 // In the order in which they are closed.
 const File kFortranFiles[] = {
-    {&foutput_file, ".f90"},  {&foutput_i_file, "if.f90"},          {&fmacro_file, ".f90mac"},
-    {&foutput_tm_file, ".tm"}, {&foutput_external_file, "Ext.f90inc"},
+    {&foutput_file, ".f90"},
+    {&foutput_i_file, "if.f90"},
+    {&fmacro_file, ".f90mac"},
+    {&foutput_tm_file, ".tm"},
+    {&foutput_external_file, "Ext.f90inc"},
 };
 const File kCppFiles[] = {
     {&cpoutput_file, ".cc"},    {&cpoutput_h_file, ".h"},     {&cpoutput_icc_file, ".icc"},
