@@ -25,6 +25,9 @@ namespace {
 // Functions of sets whose type has lost its markers: their other calls are still to be merged.
 std::unordered_set<tAsynt> member_functions;
 
+// Nests that an access to a member left over: they are done with, although their type is still a member's.
+std::unordered_set<tAsynt> finished_nests;
+
 // What stands in the place of each node that the rewriting has met.
 std::unordered_map<tAsynt, tAsynt> rewritten;
 
@@ -97,7 +100,9 @@ tAsynt Make_xpart(tAsynt s, tAsynt args) {
 }
 
 tAsynt member_nest(tAsynt old, tAsynt expression) {
-  return mSymbol(mAbsoluteNest(SymInfo_Type(old), SymInfo_Pos(old), expression));
+  tAsynt nest = mAbsoluteNest(SymInfo_Type(old), SymInfo_Pos(old), expression);
+  finished_nests.insert(nest);
+  return mSymbol(nest);
 }
 
 // x[i] of a member x with a type.
@@ -130,7 +135,7 @@ tAsynt access_to_deep_nest(tAsynt nest, tAsynt call) {
 
 // The nest of a member as an array access; null when it is no member's, or has another shape.
 tAsynt nest_access(tAsynt nest) {
-  if (!Is_setmember(SymInfo_Type(nest))) return nullptr;
+  if (!Is_setmember(SymInfo_Type(nest)) || finished_nests.count(nest)) return nullptr;
   tAsynt call = AbsoluteNest_FullFormExpression(nest);
   if (Asynt_IsType(call, kSimpleFFE))
     return Asynt_IsType(SimpleFFE_Name(call), kSymbol) ? plain_access(call, SymInfo_Type(nest)) : nullptr;
@@ -193,6 +198,9 @@ void Transform_instance_set(tAsynt* expr) {
   rewritten.clear();
 }
 
-void Forget_member_functions() { member_functions.clear(); }
+void Forget_members() {
+  member_functions.clear();
+  finished_nests.clear();
+}
 
 }  // namespace oz

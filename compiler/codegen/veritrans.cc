@@ -448,6 +448,10 @@ void walk(tAsynt* t) {
       walk(&XWith_Replacement(n));
       walk(&XWith_Body(n));
       return;
+    case kParSet:
+      walk(&ParSet_Lefties(n));
+      walk(&ParSet_Rights(n));
+      return;
     case kForAll:
       walk(&ForAll_Body(n));
       walk_iterators(ForAll_Iter(n));
