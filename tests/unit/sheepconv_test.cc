@@ -10,6 +10,7 @@
 #include "cse.h"
 #include "fatal_text.h"
 #include "nesting.h"
+#include "operator_name.h"
 #include "oz.h"
 #include "type.h"
 #include "type_text.h"
@@ -21,6 +22,7 @@ namespace {
 struct Sheepconv : testing::Test {
   Sheepconv() {
     bigbuf_init();
+    init_operator_name();
     begin();
   }
   // Sizes 0 are written as in a declaration without sizes.
@@ -317,7 +319,8 @@ TEST_F(Sheepconv, DeepNestingAndLongLists) {
   EXPECT_EQ(kX, code_text(Expression1_Expression(Variadic_Expressions(deep))));
 
   tAsynt statements = mExpression1(typed_tree("XSet[u,w]"), mExpression0());
-  for (int k = 0; k < 1000000; k++) statements = mExpression1(typed_tree("XSet[x,y]"), statements);
+  const tAsynt other = typed_tree("XSet[x,y]");
+  for (int k = 0; k < 1000000; k++) statements = mExpression1(other, statements);
   tAsynt body = mXCompoundExpression(mkNonConvPos(NoPosition), statements);
   rewrite_shapes(&body);
   allocate_u(&body);
