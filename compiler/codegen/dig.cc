@@ -236,7 +236,8 @@ char CollectNests(tAsynt* t) {
   return 0;
 }
 
-// Takes the names and constants below t off what is left, each of which prints at least one character; stops at -1.
+// Takes what t prints at least off what is left, a character for a name or constant and two for the brackets of a call;
+// stops below 0.
 // Recursion follows nesting, as calls within calls do; arguments are followed on their list.
 void take_leaves(tAsynt t, long* left) {
   while (t && *left >= 0) {
@@ -247,6 +248,7 @@ void take_leaves(tAsynt t, long* left) {
       return;
     }
     if (kind.child_count == 0) return;
+    if (Asynt_IsType(t, kFullFormExpression)) *left -= 2;
     for (int i = 0; i + 1 < kind.child_count && *left >= 0; i++)
       take_leaves(tree_raw_slot<tAsynt>(t, kind.children[i]), left);
     t = tree_raw_slot<tAsynt>(t, kind.children[kind.child_count - 1]);
