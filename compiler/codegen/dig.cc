@@ -91,7 +91,7 @@ string GetName(tAsynt t) {
 
 string GetModelName(tAsynt m) {
   if (!m) die_msg("GetModelName: no model");
-  return GetName(Model_Name(m));
+  return GetName(Asynt_Kind(m) == kPackage ? Package_Name(m) : Model_Name(m));
 }
 
 int is_entire_qualifier(const char* name, const char* qual) {
