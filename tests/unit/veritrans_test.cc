@@ -151,6 +151,8 @@ std::string node_text(const TreeKind& kind, const std::string& leaf) {
     const unsigned field = kind.fields[kind.children[i]].kind;
     if (field == kExpressions) text += "{" + leaf + "},";
     if (field == kExpression || field == kSymbol) text += leaf + ",";
+    if (field == kSymbols || field == kIterators) text += ",";
+    if (field == kNoAsynt) text += "{},";
   }
   return text + "]";
 }
