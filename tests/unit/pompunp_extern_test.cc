@@ -70,7 +70,7 @@ TEST_F(PompExtern, Arguments) {
   cpstart_icc_output();
   for (const auto& row : rows) {
     const auto written = [&](Foreign_language language, bool isinput) {
-      const tAsynt x = Symbol_SymInfo(typed_tree("x"));
+      const tAsynt x = typed_tree("x");
       return icc.added([&] { CP_foreign_argument(language, type_of_text(row.type), isinput, x, "_OUT"); });
     };
     EXPECT_EQ(row.fortran, written(foreign_fortran, true)) << row.type;
@@ -188,6 +188,19 @@ TEST_F(PompExtern, TemplateAndWrapperOfAStub) {
                        "     get_int(n);\n     get_string(s);\n     double  zc_O1;\n     double  zc_O2;\n"
                        "     pf_c( n,s,zc_O1,zc_O2);\n"))
       << added.wrappers;
+}
+
+// An instance can put a value in the place of a name.
+TEST_F(PompExtern, ValueForAName) {
+  keep(
+      "class C(p) hide: {real, real} f[real x_] := externinfo \"\" \"\" \"C\" procedure(x, p, Output p, InOut p);"
+      " end C; instance c inherits C(5) end c;");
+  const PompTexts added =
+      texts([] { EXPECT_TRUE(contains(message_of([] { funcgen("c`f"); }), "Bad parameter 5 is mentioned")); });
+  EXPECT_TRUE(contains(added.icc,
+                       "double x,\n        /* Input  */,\n        /* Output    double/output-inout */ double *5,\n"
+                       "        /* InOut   */);\n"))
+      << added.icc;
 }
 
 // What is wrong with a declaration is told, and the text goes on.
