@@ -206,6 +206,11 @@ TEST_F(Dig, Names) {
     EXPECT_EQ("Error: module dig, routine GetName failed\n", message_of([&] { GetName(typed_tree(head)); }));
   EXPECT_EQ("   0,  0: Fatal       GetModelName: no model\n", message_of([] { GetModelName(nullptr); }));
   EXPECT_STREQ("M", GetModelName(parsed("")));
+  tIndex names = make_index(linked_list, 1);
+  for (const char* name : {"a", "b"}) create_entry(names, mEmpty(), name);
+  testing::internal::CaptureStdout();
+  printkeys(names);
+  EXPECT_EQ("b\na\n", testing::internal::GetCapturedStdout());
 }
 
 // What belongs to an instance is what its name qualifies wholly, in the order of the index.
