@@ -162,9 +162,9 @@ TEST_F(SheepStmt, Refusals) {
       {"XSet[XList[x,y],XList[1]]", "F90 unparser: Number of elements on each side differ in list assignment.\n",
        "x = 1"},
       {"XSet[XList[x,y],f[1,2]]", "F90 unparser: Number of elements on each side differ in list assignment.\n", ""},
-      {"XSet[XPart[a,1,2],x]", "F90 unparser: Left side has higher rank than array in a[[1,2]]=x.\n", ""},
+      {"XSet[XPart[a,1,2],x]", "F90 unparser: Left side has higher rank than array in a[[1,2]] =x.\n", ""},
       {"XSet[XPart[d,i],a]",
-       "F90 unparser: Possibly incompatible ranks in assignment. Rank reduction = 1 levels in d[[i]]=a.",
+       "F90 unparser: Possibly incompatible ranks in assignment. Rank reduction = 1 levels in d[[i]] =a.",
        "d(:,:,i) = a"},
   };
   for (const auto& row : rows) {
@@ -179,9 +179,10 @@ TEST_F(SheepStmt, Refusals) {
 TEST_F(SheepStmt, LongBodies) {
   tAsynt list = mExpression0();
   tAsynt chain = mEmpty();
+  const tAsynt condition = symbol("p");
   for (int n = 0; n < 200000; n++) {
-    list = mExpression1(typed_tree("XBreak"), list);
-    chain = mXIf(typed_tree("p"), mEmpty(), chain);
+    list = mExpression1(mXBreak(), list);
+    chain = mXIf(condition, mEmpty(), chain);
   }
   EXPECT_EQ(200000 * 5U, f90.added([&] { FunparseStmt(mXCompoundExpression(nullptr, list)); }).size());
   EXPECT_EQ("\nend if\n", [&] {
