@@ -12,6 +12,7 @@
 #include "csehash.h"
 #include "fatal_text.h"
 #include "nesting.h"
+#include "operator_name.h"
 #include "oz.h"
 #include "type.h"
 #include "type_text.h"
@@ -23,6 +24,7 @@ namespace {
 struct Cse : testing::Test {
   Cse() {
     bigbuf_init();
+    init_operator_name();
     begin();
   }
   static void begin() {
@@ -201,6 +203,31 @@ TEST_F(Cse, FunctionBodies) {
   temp_no = 5;
   const std::string message = message_of([] { finish_fun_cse(mXPi()); });
   EXPECT_NE(std::string::npos, message.find("Internal error in line ")) << message;
+}
+
+// Flat, or with the conditional rebuilt so that a branch computes what it alone needs; or handed over for measuring.
+TEST_F(Cse, GroupsOfAssignments) {
+  const auto finished = [](int flat) {
+    begin();
+    simple_code = flat;
+    Set_list_cse(typed_tree("XSet[x,XIf[c,XSin[y],y]]"));
+    return code_text(finish_cse());
+  };
+  EXPECT_EQ("(T1=XSin[y];T2=XIf[c,T1,y];x=T2)", finished(1));
+  EXPECT_EQ("(XIf[c,(T1=XSin[y];T2=T1),(T2=y)];x=T2)", finished(0));
+
+  begin();
+  simple_code = do_ddg = 1;
+  EXPECT_EQ("Error: module cse, routine finish_cse failed\n", message_of([] { finish_cse(); }));
+  static tAsynt scheduled;
+  const auto schedule = cse_schedule;
+  cse_schedule = [](tAsynt list) { scheduled = list; };
+  begin();
+  Set_list_cse(typed_tree("XSet[x,y]"));
+  finish_cse();
+  EXPECT_EQ("{x=y}", code_text(scheduled));
+  cse_schedule = schedule;
+  simple_code = do_ddg = 0;
 }
 
 TEST_F(Cse, ValueNumbers) {
