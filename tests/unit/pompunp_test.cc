@@ -388,7 +388,6 @@ TEST_F(PompUnp, Parts) {
                  {"XPart[XDimensions[XPlus[m,m]],i]", "(m+m).dimension(i)"}});
 }
 
-
 TEST_F(PompUnp, Folding) {
   expect_values({{"XPlus[2,3]", "5"},
                  {"XPlus[2.0,3]", real("5")},
@@ -458,14 +457,16 @@ TEST_F(PompUnp, Folding) {
 
 // Each level would be looked through from every level above it.
 TEST_F(PompUnp, DeepExpressions) {
+  constexpr size_t kLevels = kMaxNesting / 2;
   tAsynt t = typed_tree("x");
-  std::string expected = "x";
-  for (int i = 0; i < kMaxNesting / 2; i++) {
+  std::string expected = "1+2*";
+  for (size_t i = 0; i < kLevels; i++) {
     const tAsynt product =
         mXTimes(mkNonConvPos(NoPosition), mExpression1(mIntConst(2), mExpression1(t, mExpression0())));
     t = mXPlus(mkNonConvPos(NoPosition), mExpression1(mIntConst(1), mExpression1(product, mExpression0())));
-    expected = i == 0 ? "1+2*" + expected : "1+2*(" + expected + ")";
+    if (i > 0) expected += "(1+2*";
   }
+  expected += "x" + std::string(kLevels - 1, ')');
   std::string text = written([&] { CPunparseVal(t); });
   std::erase_if(text, [](char c) { return c == ' ' || c == '\n'; });
   EXPECT_EQ(expected, text);
