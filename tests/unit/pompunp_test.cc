@@ -92,7 +92,7 @@ TEST_F(PompUnp, Leaves) {
                  {"XFalse", "0"},
                  {"XNull", ""},
                  {"GeneralConversion[i,int,real]", "i"},
-                 {"ShapeConversion[x,none,none]", "x"}});
+                 {"ShapeConversion[x,{},{}]", "x"}});
   EXPECT_EQ(real("-0.25"), written([] { CPunparseVal(mRealConst(-0.25)); }));
   EXPECT_EQ("1.5e-3", written([] { CPunparseVal(mExactRealConst(const_cast<char*>("1.5*^-3"))); }));
   EXPECT_EQ("out.dat", written([] { CPunparseVal(mFilename(const_cast<char*>("out.dat"))); }));
