@@ -186,7 +186,7 @@ tAsynt read_node(unsigned kind) {
       child = read_list(']');
       return t;
     }
-    const bool braces = (field == kExpressions || field == kAsynt) && eat('{');
+    const bool braces = (field == kExpressions || field == kNoAsynt) && eat('{');
     child = braces ? read_list('}') : read_field(field);
     eat(',');
   }
