@@ -332,7 +332,7 @@ TEST_F(PompUnp, ArrayOperations) {
   const char kNoValue[] =
       "An expression returning a single value is expected where a complete statement is detected. Can't perform "
       "CPunparseVal to generate code for  node type: \"";
-  expect_reports(CPunparseVal, "XWhile[c,x]", "", "XWhile\",  statement \"While[c, x]\" ");
+  expect_reports(CPunparseVal, "XWhile[c,x]", "", "XWhile\",  statement \" XWhile[args...] \" ");
   for (const char* input : {"XQuantile[v]", "XFlatten[m,1,1]", "XImport[s]", "XDimensions[]", "XMap[x,y]"})
     expect_reports(CPunparseVal, input, "", kNoValue);
   expect_reports(CPunparseVal, "XJoin[v]", "Join(v,", kNoValue);
@@ -411,7 +411,7 @@ TEST_F(PompUnp, Folding) {
                  {"XSin[XPi]", real("1.224646799147353e-16")},
                  {"XLog[XE]", real("1")},
                  {"XSech[0.5]", real("3.762195691083631")},  // cosh(2)
-                 {"XSin[ArcTan2[3,4]]", real("0.8")},        // the angle of (3, 4)
+                 {"XN[ArcTan2[-1,0]]", real("3.141592653589793")},  // the angle of (-1, 0)
                  {"XN[XMinus[1.5]]", real("-1.5")},
                  {"XPlus[XTimes[0.1,3],XSubtract[0.3,0.1]]", real("0.5")},
                  {"ArcTan2[3,4]", "atan2(4, 3)"}});
@@ -533,12 +533,92 @@ TEST_F(PompUnp, Assignments) {
                  "In assignment the rhs list is larger than lhs list. Rest skipped. y");
   expect_reports(CPunparseStmt, "XSet[XList[],XList[1]]", "", kRest);
   expect_reports(CPunparseStmt, "XSet[XPart[m,1,2,3],5]", ";",
-                 "Left part of assignment has too many indexes,, i.e. more than rank of the array in  m[[1, 2, 3]] = 5");
+                 "Left part of assignment has too many indexes,, i.e. more than rank of the array in  m[[1,2,3]] =5");
   expect_reports(CPunparseStmt, "XSet[XPart[m,1],m]", "m.Set(1,All,m);",
                  "Suspecting  incompatible ranks in assignment: base rank of LHS asrray =2, reduction or rank due to "
-                 "indexing = 1 levels , RHS expression rank = 2 in m[[1]] = m");
+                 "indexing = 1 levels , RHS expression rank = 2 in m[[1]] =m");
   expect_reports(small_stmt, "XSet[XList[a],v]", " make_lumenN(1, a ) = v",
                  "Complex assignment with the list in left part cannot be used within expression");
+}
+
+// A scalar that was read as one for the whole array; dimensions are lists.
+TEST_F(PompUnp, SpreadScalars) {
+  const auto dims = [](int n) { return mExpression1(mIntConst(n), mExpression1(mIntConst(3), mExpression0())); };
+  const auto assigned = [&](const char* value, tAsynt from, tAsynt to) {
+    const tAsynt conversion = mShapeConversion(typed_tree(value), from, to);
+    return written([&] { CPunparseStmt(mXSet(mkNonConvPos(NoPosition), typed_tree("m"), conversion)); });
+  };
+  EXPECT_EQ("m.reshape(2, 3, x);", assigned("x", dims(1), dims(2)));
+  EXPECT_EQ("m = x;", assigned("x", dims(2), dims(2)));
+  EXPECT_EQ("m = 2.5;", assigned("2.5", mExpression0(), dims(2)));
+  EXPECT_EQ("m = x+y;", assigned("XPlus[x,y]", dims(1), dims(2)));
+}
+
+tAsynt symbols(std::initializer_list<const char*> names) {
+  tAsynt list = mSymbol0();
+  for (const char* const* name = names.end(); name != names.begin();) list = mSymbol1(typed_tree(*--name), list);
+  return list;
+}
+
+TEST_F(PompUnp, LocalVariables) {
+  const auto declared = [&](std::initializer_list<const char*> names, const char* initializers) {
+    const tAsynt list = Variadic_Expressions(typed_tree(std::string("XList[") + initializers + "]"));
+    return written([&] { CPunparseStmt(mXModule(symbols(names), list, typed_tree("XSet[x,1]"))); });
+  };
+  EXPECT_EQ("x = 1;", declared({}, ""));
+  EXPECT_EQ("int j = 2;\nint i;\nx = 1;", declared({"i", "j"}, "&,2"));  // the last one first
+  EXPECT_EQ("doubleNN m(2, 3);\nx = 1;", declared({"m"}, "&"));
+  EXPECT_EQ("doubleN v(3);\nv =  make_lumenN(2, 1, x );\nx = 1;", declared({"v"}, "XList[1,x]"));
+  EXPECT_EQ(" = 2;\nx = 1;", declared({"u"}, "2"));
+  EXPECT_EQ("double y;\nx = 1;", written([] {
+    CPunparseStmt(mXBlock(symbols({"y"}), mExpression1(mEmpty(), mExpression0()), typed_tree("XSet[x,1]")));
+  }));
+  EXPECT_TRUE(contains(message_of([&] { declared({"i", "j"}, "&"); }),
+                       "Internal error in CPoutput_var_decls_and_inits"));
+}
+
+TEST_F(PompUnp, OutputAndFiles) {
+  expect_stmts({{"XPrint[]", "cout << \"\\n\";"},
+                {"XPrint[\"x=\",XPlus[x,1]]", "cout << \"x=\";\ncout << (x+1);\ncout << \"\\n\";"},
+                {"XPut[XPlus[x,y],]",
+                 "std::ofstream tmpfile(\"file\");\ntmpfile << x+y<< \"\\n\" ;\ntmpfile.close();"},
+                {"XSet[v,XImport[\"a.csv\"]]", "v=lumen_import1Ndouble(\"a.csv\");"},
+                {"XSetDelayed[im,XImport[s]]", "im=lumen_import1NNint(s);"},
+                {"XSet[zv,XImport[s,\"list\"]]", "zv=lumen_importNlm_complex(s,\"list\",NULL,NULL);"},
+                {"XIf[c,XSet[x,XImport[s]],&]", "if (c)\n{\n    x=lumen_import1double(s);\n}"},
+                {"XExport[s,v]", "lumen_export1(s,v, NULL, NULL);"},
+                {"XExport[s,v,\"csv\"]", "lumen_export(s,v,\"csv\", NULL, NULL);"}});
+  expect_reports(CPunparseStmt, "XSet[v,XImport[s,s]]", "v = ", "node type: \"XImport\"");
+  const auto put = [&](const char* e) {
+    return written([&] { CPunparseStmt(mXPut(typed_tree(e), mFilename(const_cast<char*>("")))); });
+  };
+  EXPECT_EQ("cout << (x+1) /*  */;", put("XPlus[x,1]"));
+  EXPECT_EQ("cout << \"done\"/*  */;", put("\"done\""));
+}
+
+// A schedule has a writer of its own, as a value; until that is there it is refused.
+TEST_F(PompUnp, Schedules) {
+  const tAsynt schedule = mParExec(mInOutExpr0(), const_cast<char*>(""));
+  EXPECT_TRUE(contains(message_of([&] { CPunparseVal(schedule); }), "node type: \"ParExec\""));
+  cp_parel_writer = [](tAsynt) { cpoutput("schedule"); };
+  EXPECT_EQ("schedule", written([&] { CPunparseVal(schedule); }));
+  EXPECT_TRUE(contains(message_of([&] { CPunparseStmt(schedule); }), "code for type:\" ParExec \""));
+  cp_parel_writer = nullptr;
+}
+
+TEST_F(PompUnp, PartRanks) {
+  const tAsynt part = typed_tree("XPart[t,i,XBlank,XAlternatives[1,2]]");
+  EXPECT_EQ("t", written([&] { CPunparseVal(XPartArg(part)); }));
+  EXPECT_EQ(3, XPartRealRank(part));
+  EXPECT_EQ(1 - 2 * 99, XPartRank(part));
+  EXPECT_EQ(1, XPartRankReduction(part));
+  const tAsynt x = typed_tree("x");
+  EXPECT_EQ(x, XPartArg(x));
+  EXPECT_EQ(0, XPartRealRank(x));
+  EXPECT_TRUE(contains(message_of([&] { XPartRank(x); }), "XPartRank bad arg"));
+  EXPECT_TRUE(contains(message_of([&] { XPartRankReduction(x); }), "XPartRankReduction bad arg"));
+  EXPECT_STREQ(".SetMatrix12", CPxpart_special_funcname(4, 2));
+  EXPECT_STREQ(".SetRow", CPxpart_special_funcname(2, 1));
 }
 }  // namespace
 }  // namespace oz
