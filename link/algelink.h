@@ -1,7 +1,7 @@
 /* AlgeLink: expressions and packets between two programs of one user on one machine.
  *
- * A link is opened in listen or connect mode over one of three devices (TCP, SharedMemory, IntraProcess), connected, and
- * then written and read one token at a time:
+ * A link is opened in listen or connect mode over one of three devices (TCP, SharedMemory, IntraProcess), connected,
+ * and then written and read one token at a time:
  *
  *   ALINK link = ALOpenString(env, "-linkmode listen -linkname 1742", &error);
  *   ALConnect(link);
@@ -47,7 +47,8 @@ enum {
   ALStringToken = 34
 };
 
-/* Errors. Up to 9 they can be cleared, and the token that caused one has not been consumed; from 10 on they are final. */
+/* Errors. Up to 9 they can be cleared, and the token that caused one has not been consumed; from 10 on they are final.
+ */
 enum {
   ALErrorNone = 0,
   ALErrorType = 1,
@@ -75,8 +76,8 @@ void ALDeinitialize(ALEnvironment env);
 void ALEnd(ALEnvironment env);
 
 /* Open a link from -linkmode listen|connect, -linkname NAME, -linkprotocol TCP|SharedMemory|IntraProcess and -linkhost
- * HOST; other arguments are passed over. In listen mode the name is taken at once, without waiting for a peer; TCP port 0
- * takes any free port. Null on failure, with the error in *error when that is not null. ALOpen opens in the newest
+ * HOST; other arguments are passed over. In listen mode the name is taken at once, without waiting for a peer; TCP port
+ * 0 takes any free port. Null on failure, with the error in *error when that is not null. ALOpen opens in the newest
  * environment. */
 ALINK ALOpen(int argc, const char* const* argv, int* error);
 ALINK ALOpenArgcArgv(ALEnvironment env, char** argv, char** argv_end, int* error);
