@@ -1,7 +1,7 @@
 // The part of the C++ output layer that leans on the generator above it.
-#include "pompout_gen.h"
-
+#include "efunc.h"
 #include "pompout.h"
+#include "pompunp.h"
 
 namespace oz {
 

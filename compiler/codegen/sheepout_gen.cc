@@ -5,6 +5,7 @@
 #include "sheepout_gen.h"
 
 #include "sheepout.h"
+#include "sheepunp.h"
 
 namespace oz {
 namespace {

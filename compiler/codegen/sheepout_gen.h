@@ -1,30 +1,11 @@
-// What the Fortran output layer asks of the generator above it.
+// What the Fortran output layer asks of the generator above it, besides sheepunp.h.
 #pragma once
 
-#include "Asynt.h"
+#include "efunc.h"
 
 namespace oz {
 
-// The language of the open file set; none: no set is open.
-enum Language { fortran90 = 0, hpf = 1, cplusplus = 2, java = 3, none = 4 };
-extern Language genlang;
-
-// Writes an expression; how tight it binds.
-void FunparseVal(tAsynt t);
-int Fpri(tAsynt t);
-
-// The dimensions of an array type in parentheses, nothing for another type.
-void Foutput_array_dims(tAsynt typ);
-
-// Adds the name of a symbol to the identifier being built.
-void Foutput_mangled_name(tAsynt sym);
-
-// The declaration line of a module variable.
-void Foutput_global_var_decl(tAsynt si);
-
-// Visitors that write declarations: of a local, of a parameter, of what a parallel loop needs.
-char Foutput_impl_var_decl(tAsynt* t);
-char Foutput_impl_param_decl(tAsynt* t);
+// A visitor that declares what a parallel loop needs.
 char Fmake_forall_decl(tAsynt* t);
 
 }  // namespace oz

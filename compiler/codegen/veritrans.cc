@@ -7,11 +7,14 @@
 // The walk meets trees of two origins: applications that were just read, and bodies that it has walked before (an
 // evaluate function is walked when it is read and once more when its code is made). Nodes that it makes itself are
 // therefore walked through like the other nodes of their family.
+//
+// Recursion follows nesting; lists are followed in a loop.
 
 #include "veritrans.h"
 
 #include <cstdio>
 #include <cstring>
+#include <unordered_set>
 
 #include "Asynt.h"
 #include "Errors.h"
@@ -34,6 +37,11 @@ char ce = 0;
 tAsynt last_XSet_seen = nullptr;
 
 namespace {
+
+// The dimension lists that the walk at work has met: symbols share them, and they can lead back to their own symbol.
+std::unordered_set<tAsynt> walked_dimensions;
+
+void walk(tAsynt* t);
 
 // ---- what nodes say
 
@@ -138,7 +146,7 @@ tAsynt Transform_ineq(tAsynt args) {
       node = inequality_operator(rest);
       if (!node) malformed_inequality(list);
     }
-    Veri_trans_tree(&Expression1_Expression(list));
+    walk(&Expression1_Expression(list));
     if (!node) {
       *end = list;
       return result;
@@ -154,7 +162,7 @@ tAsynt Transform_ineq(tAsynt args) {
 void Veri_trans_ineq(tAsynt list) {
   for (;;) {
     if (!Asynt_IsType(list, kExpression1)) die_msg("Bad inequality in Veri_trans_ineq.");
-    Veri_trans_tree(&Expression1_Expression(list));
+    walk(&Expression1_Expression(list));
     list = Expression1_Expressions(list);
     if (Asynt_IsType(list, kExpression0)) return;
     if (!Asynt_IsType(list, kExpression1)) die_msg("Bad inequality in Veri_trans_ineq.");
@@ -189,16 +197,16 @@ void walk_complex_call(tAsynt* t) {
   }
   Find_type(t);
   if (Asynt_Kind(*t) != kComplexFFE) {
-    Veri_trans_tree(t);
+    walk(t);
     return;
   }
-  Veri_trans_tree(&FullFormExpression_Args(*t));
-  Veri_trans_tree(&ComplexFFE_Name(*t));
+  walk(&FullFormExpression_Args(*t));
+  walk(&ComplexFFE_Name(*t));
 }
 
 void walk_predef_call(tAsynt* t, tAsynt predef) {
   tAsynt head = SimpleFFE_Name(*t);
-  Veri_trans_tree(&FullFormExpression_Args(*t));
+  walk(&FullFormExpression_Args(*t));
   *t = convert_predef_node(symbol_position(head), FullFormExpression_Args(*t), PreDef_fun(predef),
                            PreDef_type_flag(predef), *t);
   Transform_minus_times_divide(t);
@@ -206,9 +214,10 @@ void walk_predef_call(tAsynt* t, tAsynt predef) {
 
 // An access to a member of an instance set is a nest, which later becomes an array access.
 bool becomes_member_nest(tAsynt* t) {
-  tAsynt head = SimpleFFE_Name(*t);
-  if (!Asynt_IsType(head, kSymbol) || !Is_setmember(symbol_type(head))) return false;
-  *t = mSymbol(mAbsoluteNest(symbol_type(head), NoPosition, *t));
+  tAsynt type = symbol_type(SimpleFFE_Name(*t));
+  if (!Is_setmember(type)) return false;
+  walk(&FullFormExpression_Args(*t));
+  *t = mSymbol(mAbsoluteNest(type, NoPosition, *t));
   return true;
 }
 
@@ -232,11 +241,20 @@ void walk_simple_call(tAsynt* t) {
   if (becomes_member_nest(t)) return;
   Find_type(t);
   if (Asynt_Kind(*t) != kSimpleFFE) {
-    Veri_trans_tree(t);
+    walk(t);
     return;
   }
-  Veri_trans_tree(&FullFormExpression_Args(*t));
-  Veri_trans_tree(&SimpleFFE_Name(*t));
+  walk(&FullFormExpression_Args(*t));
+  walk(&SimpleFFE_Name(*t));
+}
+
+// A blank is a size that is not known.
+bool is_unnamed_blank(tAsynt t) { return Asynt_Kind(t) == kBlank && Asynt_IsType(Blank_Head(t), kEmpty); }
+
+// The full-form reader makes lists of constants, which have nothing to walk.
+void walk_sizes(tAsynt sizes) {
+  for (; Asynt_IsType(sizes, kExpression1); sizes = Expression1_Expressions(sizes))
+    if (!is_unnamed_blank(Expression1_Expression(sizes))) walk(&Expression1_Expression(sizes));
 }
 
 void walk_symbol(tAsynt* t) {
@@ -249,11 +267,11 @@ void walk_symbol(tAsynt* t) {
     if (Asynt_IsType(Find_type(t), kNoType)) notype_error(symbol_position(*t), Symbol_SymInfo(*t), last_XSet_seen, 0);
     return;
   }
-  if (!Asynt_IsType(type, kArrayType)) return;
+  if (!Asynt_IsType(type, kArrayType) || !walked_dimensions.insert(ArrayType_Dimensions(type)).second) return;
   // The sizes in a declaration may name things that this walk cannot type.
   const char saved = allow_untyped;
   allow_untyped = 1;
-  Veri_trans_tree(&ArrayType_Dimensions(type));
+  walk_sizes(ArrayType_Dimensions(type));
   allow_untyped = saved;
 }
 
@@ -261,7 +279,7 @@ void walk_symbol(tAsynt* t) {
 
 // In the index list of a part, also under "|", an unnamed blank of the model language is the blank of the host.
 void blank_index(tAsynt* index) {
-  if (Asynt_Kind(*index) == kBlank && Asynt_IsType(Blank_Head(*index), kEmpty)) *index = mXBlank();
+  if (is_unnamed_blank(*index)) *index = mXBlank();
   if (Asynt_IsType(*index, kXAlternatives)) {
     blank_index(&Binary_LHS(*index));
     blank_index(&Binary_RHS(*index));
@@ -281,34 +299,35 @@ void walk_expressions(tAsynt* list) {
       *list = Expression1_Expressions(*list);
       continue;
     }
-    Veri_trans_tree(&Expression1_Expression(*list));
+    walk(&Expression1_Expression(*list));
     list = &Expression1_Expressions(*list);
   }
-  if (!Asynt_IsType(*list, kExpression0)) Veri_trans_tree(list);
+  if (!Asynt_IsType(*list, kExpression0)) walk(list);
 }
 
 // Symbol and parameter lists.
 template <typename Head, typename Tail>
 void walk_cells(tAsynt list, Asynt_tKind cell, Head head, Tail tail) {
-  for (; Asynt_Kind(list) == cell; list = tail(list)) Veri_trans_tree(head(list));
+  for (; Asynt_Kind(list) == cell; list = tail(list)) walk(head(list));
+}
+
+void walk_iterator(tAsynt iterator) {
+  walk(&Iterator_Variable(iterator));
+  walk(&Iterator_Min(iterator));
+  walk(&Iterator_Max(iterator));
 }
 
 void walk_iterators(tAsynt list) {
-  for (; Asynt_IsType(list, kIterator1); list = Iterator1_Iterators(list)) {
-    tAsynt iterator = Iterator1_Iterator(list);
-    Veri_trans_tree(&Iterator_Variable(iterator));
-    Veri_trans_tree(&Iterator_Min(iterator));
-    Veri_trans_tree(&Iterator_Max(iterator));
-  }
+  for (; Asynt_IsType(list, kIterator1); list = Iterator1_Iterators(list)) walk_iterator(Iterator1_Iterator(list));
 }
 
 void walk_size_parameter(tAsynt t) {
   // A size parameter without a declared type is an integer.
   if (Asynt_IsType(Find_type(&InputSizeParameter_Name(t)), kNoType))
     set_sym_type(InputSizeParameter_Name(t), mIntType(nullptr));
-  Veri_trans_tree(&InputSizeParameter_Name(t));
-  Veri_trans_tree(&InputSizeParameter_ArrayName(t));
-  Veri_trans_tree(&InputSizeParameter_Size(t));
+  walk(&InputSizeParameter_Name(t));
+  walk(&InputSizeParameter_ArrayName(t));
+  walk(&InputSizeParameter_Size(t));
 }
 
 // ---- statements
@@ -320,8 +339,8 @@ void refuse_if_ce(tAsynt t) {
 void walk_set(tAsynt t) {
   t->yyKind = kXSet;
   last_XSet_seen = t;
-  Veri_trans_tree(&Binary_LHS(t));
-  Veri_trans_tree(&Binary_RHS(t));
+  walk(&Binary_LHS(t));
+  walk(&Binary_RHS(t));
 }
 
 bool is_walked_variadic(unsigned kind) {
@@ -339,24 +358,19 @@ void walk_family(tAsynt* t) {
   if (!n) bad_tree(n);
   if (Asynt_IsType(n, kConstant)) return;
   if (Asynt_IsType(n, kCUnary)) {
-    Veri_trans_tree(&CUnary_Arg(n));
+    walk(&CUnary_Arg(n));
   } else if (Asynt_IsType(n, kCBinary)) {
-    Veri_trans_tree(&CBinary_Arg1(n));
-    Veri_trans_tree(&CBinary_Arg2(n));
+    walk(&CBinary_Arg1(n));
+    walk(&CBinary_Arg2(n));
   } else if (Asynt_IsType(n, kVariadic) && is_walked_variadic(n->yyKind)) {
     if (Asynt_Kind(n) == kXPart) blank_indices(Variadic_Expressions(n));
-    Veri_trans_tree(&Variadic_Expressions(n));
+    walk(&Variadic_Expressions(n));
   } else {
     bad_tree(n);
   }
 }
 
-}  // namespace
-
-void Beginveritrans() { last_XSet_seen = nullptr; }
-void Closeveritrans() {}
-
-void Veri_trans_tree(tAsynt* t) {
+void walk(tAsynt* t) {
   tAsynt n = *t;
   switch (Asynt_Kind(n)) {
     case kParameterspec0:
@@ -365,6 +379,7 @@ void Veri_trans_tree(tAsynt* t) {
     case kXBlank:
     case kXAll:
     case kXNull:
+    case kXVoidFunc:
     case kEmpty:
     case kComment:
     case kExpression0:
@@ -374,68 +389,73 @@ void Veri_trans_tree(tAsynt* t) {
           n, kParameterspec1, [](tAsynt l) { return &Parameterspec1_Parameterspec(l); },
           [](tAsynt l) { return Parameterspec1_Parameterspecs(l); });
       return;
-    case kInputParameter: Veri_trans_tree(&InputParameter_Name(n)); return;
+    case kInputParameter: walk(&InputParameter_Name(n)); return;
     case kInputSizeParameter: walk_size_parameter(n); return;
-    case kInOutParameter: Veri_trans_tree(&InOutParameter_Name(n)); return;
-    case kExternalDeclaration: Veri_trans_tree(&ExternalDeclaration_Parameters(n)); return;
+    case kInOutParameter: walk(&InOutParameter_Name(n)); return;
+    case kExternalDeclaration: walk(&ExternalDeclaration_Parameters(n)); return;
     case kComplexFFE: walk_complex_call(t); return;
     case kSimpleFFE: walk_simple_call(t); return;
     case kXFor:
       refuse_if_ce(n);
-      Veri_trans_tree(&XFor_Start(n));
-      Veri_trans_tree(&XFor_Test(n));
-      Veri_trans_tree(&XFor_Incr(n));
-      Veri_trans_tree(&XFor_Body(n));
+      walk(&XFor_Start(n));
+      walk(&XFor_Test(n));
+      walk(&XFor_Incr(n));
+      walk(&XFor_Body(n));
       return;
     case kXWhile:
       refuse_if_ce(n);
-      Veri_trans_tree(&XWhile_Test(n));
-      Veri_trans_tree(&XWhile_Body(n));
+      walk(&XWhile_Test(n));
+      walk(&XWhile_Body(n));
       return;
     case kXIf:
-      Veri_trans_tree(&XIf_Condition(n));
-      Veri_trans_tree(&XIf_T(n));
-      Veri_trans_tree(&XIf_F(n));
+      walk(&XIf_Condition(n));
+      walk(&XIf_T(n));
+      walk(&XIf_F(n));
       return;
     case kXWhich:
       refuse_if_ce(n);
-      Veri_trans_tree(&XWhich_Expressions(n));
+      walk(&XWhich_Expressions(n));
       return;
     case kDo:
-      Veri_trans_tree(&Do_Expr(n));
-      walk_iterators(Do_Iter(n));
+      walk(&Do_Expr(n));
+      if (Asynt_Kind(Do_Iter(n)) == kIterator)
+        walk_iterator(Do_Iter(n));
+      else
+        walk_iterators(Do_Iter(n));
       return;
     case kXBreak: refuse_if_ce(n); return;
-    case kXPrint: Veri_trans_tree(&XPrint_Expressions(n)); return;
+    case kXPrint: walk(&XPrint_Expressions(n)); return;
     case kIReduce:
-      Veri_trans_tree(&IReduce_Function(n));
-      Veri_trans_tree(&IReduce_Body(n));
+      walk(&IReduce_Function(n));
+      walk(&IReduce_Body(n));
       walk_iterators(IReduce_Iter(n));
       return;
     case kXModule:
       refuse_if_ce(n);
-      Veri_trans_tree(&XModule_Varlist(n));
-      Veri_trans_tree(&XModule_Initializers(n));
-      Veri_trans_tree(&XModule_Body(n));
+      walk(&XModule_Varlist(n));
+      walk(&XModule_Initializers(n));
+      walk(&XModule_Body(n));
       return;
     case kXBlock:
       refuse_if_ce(n);
-      Veri_trans_tree(&XBlock_Varlist(n));
-      Veri_trans_tree(&XBlock_Initializers(n));
-      Veri_trans_tree(&XBlock_Body(n));
+      walk(&XBlock_Varlist(n));
+      walk(&XBlock_Initializers(n));
+      walk(&XBlock_Body(n));
       return;
     case kXWith:
       refuse_if_ce(n);
-      Veri_trans_tree(&XWith_Orig(n));
-      Veri_trans_tree(&XWith_Replacement(n));
-      Veri_trans_tree(&XWith_Body(n));
+      walk(&XWith_Orig(n));
+      walk(&XWith_Replacement(n));
+      walk(&XWith_Body(n));
       return;
     case kForAll:
-      Veri_trans_tree(&ForAll_Body(n));
+      walk(&ForAll_Body(n));
       walk_iterators(ForAll_Iter(n));
       return;
     case kXMinus:
-    case kXNot: Veri_trans_tree(&Unary_Expression(n)); return;
+    case kXNot:
+    case kXStringLength:
+    case kXStringReverse: walk(&Unary_Expression(n)); return;
     case kXSubtract:
     case kXPower:
     case kXDivide:
@@ -444,19 +464,19 @@ void Veri_trans_tree(tAsynt* t) {
     case kXAppend:
     case kXPrepend:
     case kDeriv:
-      Veri_trans_tree(&Binary_LHS(n));
-      Veri_trans_tree(&Binary_RHS(n));
+      walk(&Binary_LHS(n));
+      walk(&Binary_RHS(n));
       return;
     case kXSet:
     case kXSetDelayed: walk_set(n); return;
     case kXInequality: Veri_trans_ineq(XInequality_Expressions(n)); return;
     case kSymbol: walk_symbol(t); return;
     case kXPut:
-      Veri_trans_tree(&XPut_Expression(n));
-      Veri_trans_tree(&XPut_Filename(n));
+      walk(&XPut_Expression(n));
+      walk(&XPut_Filename(n));
       return;
     case kGeneralConversion:
-    case kShapeConversion: Veri_trans_tree(&TypeConversion_Expression(n)); return;
+    case kShapeConversion: walk(&TypeConversion_Expression(n)); return;
     case kExpression1: walk_expressions(t); return;
     case kSymbol1:
       walk_cells(
@@ -464,6 +484,16 @@ void Veri_trans_tree(tAsynt* t) {
       return;
     default: walk_family(t); return;
   }
+}
+
+}  // namespace
+
+void Beginveritrans() { last_XSet_seen = nullptr; }
+void Closeveritrans() {}
+
+void Veri_trans_tree(tAsynt* t) {
+  walked_dimensions.clear();
+  walk(t);
 }
 
 }  // namespace oz

@@ -2,6 +2,7 @@
 //
 // front_half reads as the list of passes: parse, Qualify, ozt, unroll, flatten, with a dump of the tree between them
 // when -t asks for it. Test builds (OZ_CHECK_PASSES) stop behind the first pass that leaves a broken tree or marks.
+// Behind it the model can be printed, browsed, made into a file set with one entity, and kept for later commands.
 
 #include "oz.h"
 
@@ -13,6 +14,9 @@
 #include <cstring>
 #include <string>
 
+#include "codegen.h"
+#include "dig.h"
+#include "driver_parts.h"
 #include "env.h"
 #include "flatten.h"
 #include "index.h"
@@ -21,8 +25,10 @@
 #include "ozerrors.h"
 #include "ozt.h"
 #include "parse.h"
+#include "pompout.h"
 #include "progress.h"
 #include "scan.h"
+#include "sheepout.h"
 #include "unparse.h"
 #include "unroll.h"
 
@@ -32,28 +38,10 @@ FILE* errf = nullptr;
 
 namespace {
 
-// Exit status for options and files that cannot be used.
+// How a run ends: well, with wrong options, and with options or files that cannot be used.
+constexpr int kDone = 0;
+constexpr int kUsage = -1;
 constexpr int kFileStatus = 5;
-
-// Which entity a run generates.
-enum code { no_code = 0, fun = 1, var = 2, eval = 3 };
-
-// What the arguments ask for.
-struct Options {
-  bool remember_tree_flag = false;
-  bool unparse_flag = false;
-  bool query_tree_flag = false;
-  bool daemon_flag = false;
-  bool genmode_flag = false;
-  bool parallel_flag = false;
-  code codegen_flag = no_code;
-  const char* codegen_name = nullptr;
-  const char* codegen_eval_file_name = nullptr;
-  const char* codegen_lang = "Fortran90";
-  const char* output_file_name = nullptr;
-  const char* tree_file_name = nullptr;
-  const char* input_file_name = nullptr;
-};
 
 FILE* output_file = nullptr;
 FILE* tree_file = nullptr;
@@ -66,58 +54,55 @@ void set_codegen(Options* o, code flag, const char* name) {
   o->codegen_name = name;
 }
 
-void set_option(Options* o, int letter) {
+// Whether there is such an option.
+bool set_option(Options* o, int letter) {
   switch (letter) {
-    case 's': return;  // its only effect is the choice of the mode
-    case 'R': o->remember_tree_flag = true; return;
-    case 'V': verbose_flag = 1; return;
-    case 'd': o->daemon_flag = true; return;
-    case 'u': o->unparse_flag = true; return;
-    case 'T': o->query_tree_flag = true; return;
-    case 'p': o->parallel_flag = true; return;
-    case 'm': o->genmode_flag = true; return;
-    case 't': o->tree_file_name = optarg; return;
-    case 'o': o->output_file_name = optarg; return;
-    case 'f': set_codegen(o, fun, optarg); return;
-    case 'v': set_codegen(o, var, optarg); return;
-    case 'e': set_codegen(o, eval, optarg); return;
-    case 'E': o->codegen_eval_file_name = optarg; return;
-    case 'l': o->codegen_lang = optarg; return;
-    default: print_usage_and_exit();
+    case 's': return true;  // its only effect is the choice of the mode
+    case 'R': o->remember_tree_flag = true; return true;
+    case 'V': verbose_flag = 1; return true;
+    case 'd': o->daemon_flag = true; return true;
+    case 'u': o->unparse_flag = true; return true;
+    case 'T': o->query_tree_flag = true; return true;
+    case 'p': o->parallel_flag = true; return true;
+    case 'm': o->genmode_flag = true; return true;
+    case 't': o->tree_file_name = optarg; return true;
+    case 'o': o->output_file_name = optarg; return true;
+    case 'f': set_codegen(o, fun, optarg); return true;
+    case 'v': set_codegen(o, var, optarg); return true;
+    case 'e': set_codegen(o, eval, optarg); return true;
+    case 'E': o->codegen_eval_file_name = optarg; return true;
+    case 'l': o->codegen_lang = optarg; return true;
+    default: return false;
   }
 }
 
-Options scan_options(int argc, char** argv) {
-  Options o;
-  int letter;
-  while ((letter = getopt(argc, argv, "sRVduTpmt:o:f:v:e:E:l:")) != -1) set_option(&o, letter);
-  if (argc - optind != 1) print_usage_and_exit();
-  o.input_file_name = argv[optind];
-  return o;
+// Whether the arguments are such as a run can use. Each run looks at its own arguments from the first one on.
+bool scan_options(int argc, char** argv, Options* o) {
+  optind = 0;
+  for (int letter; (letter = getopt(argc, argv, "sRVduTpmt:o:f:v:e:E:l:")) != -1;)
+    if (!set_option(o, letter)) return false;
+  if (argc - optind != 1) return false;
+  o->input_file_name = argv[optind];
+  return true;
 }
 
-[[noreturn]] void file_failure(const char* what, const char* name) {
-  std::fprintf(stderr, "%s: %s\n", what, name);
-  std::exit(kFileStatus);
+bool open_for_writing(FILE** f, const char* name, const char* failure) {
+  *f = std::fopen(name, "w");
+  if (!*f) std::fprintf(stderr, "%s: %s\n", failure, name);
+  return *f != nullptr;
 }
 
-FILE* open_for_writing(const char* name, const char* failure) {
-  FILE* f = std::fopen(name, "w");
-  if (!f) file_failure(failure, name);
-  return f;
-}
-
-void open_files(const Options& o) {
+bool open_files(const Options& o) {
   scan_BeginScanner();
   if (std::strcmp(o.input_file_name, "-") != 0) scan_BeginFile(o.input_file_name);
   quoted_file_name = o.input_file_name;
   error_message_uses_input_file = quoted_file_name.c_str();
   if (o.daemon_flag && !o.output_file_name) {
     std::fputs("-d must be used with -o!\n", stderr);
-    std::exit(kFileStatus);
+    return false;
   }
-  tree_file = o.tree_file_name ? open_for_writing(o.tree_file_name, "Can't open tree file") : nullptr;
-  if (o.output_file_name) output_file = open_for_writing(o.output_file_name, "Can't open output file");
+  if (o.tree_file_name && !open_for_writing(&tree_file, o.tree_file_name, "Can't open tree file")) return false;
+  return !o.output_file_name || open_for_writing(&output_file, o.output_file_name, "Can't open output file");
 }
 
 // Ends a standard stream for the reader at the other end; what is written to it later is lost, silently.
@@ -129,15 +114,19 @@ void close_standard_stream(FILE* f, int descriptor) {
   close(nowhere);
 }
 
-// Flushes and closes a file that was written; a file that could not be written whole ends the run.
-void close_written(FILE* f, const char* failure, const char* name) {
+// Flushes and closes a file that was written; whether it was written whole. Without a file there is nothing to do.
+bool close_written(FILE** stream, const char* failure, const char* name) {
+  FILE* const f = *stream;
+  *stream = nullptr;
+  if (!f) return true;
   bool failed = std::ferror(f) != 0;
   if (std::fflush(f) != 0) failed = true;
   if (f == stdout)
     close_standard_stream(f, STDOUT_FILENO);
   else if (std::fclose(f) != 0)
     failed = true;
-  if (failed) file_failure(failure, name);
+  if (failed) std::fprintf(stderr, "%s: %s\n", failure, name);
+  return !failed;
 }
 
 #ifdef OZ_CHECK_PASSES
@@ -170,6 +159,8 @@ void front_half(tIndex* instances) {
   end_pass("parse");
   CheckAsynt(model_tree);
   init_env();
+  finit_operator_name();
+  cpinit_operator_name();
   init_operator_name();
   dump("Before Qualify:\n");
   Qualify(&model_tree);
@@ -188,12 +179,45 @@ void front_half(tIndex* instances) {
 }
 
 // The definitions for the host, and behind them what makes formal parameters print without their context.
-void write_definitions(const Options& o) {
+bool write_definitions(const Options& o) {
   unparse_filep(output_file, model_tree);
   std::fputs("\nIf[! Or @@ ((# == \"P$`\")& /@ $ContextPath), AppendTo[$ContextPath, \"P$`\"]];\n", output_file);
-  close_written(output_file, "Can't write output file", o.output_file_name ? o.output_file_name : "standard output");
-  output_file = nullptr;
+  const char* const name = o.output_file_name ? o.output_file_name : "standard output";
+  if (!close_written(&output_file, "Can't write output file", name)) return false;
   ProgressPass("unparse");
+  return true;
+}
+
+// From here on the model survives the run.
+void keep_model(tIndex instances) {
+  dump("\nBefore FixNests :\n");
+  if (tree_file) std::fflush(tree_file);
+  FixNests(model_tree);
+  dump("\nAfter FixNests :\n");
+  if (tree_file) std::fflush(tree_file);
+  remember(model_tree, GetCompilables(model_tree), instances);
+}
+
+// What is done with the flat tree. False when a file could not be written whole.
+bool back_half(const Options& o, tIndex instances) {
+  if (o.unparse_flag && !write_definitions(o)) return false;
+  if (o.query_tree_flag) QueryAsynt(model_tree);
+  if (o.codegen_flag != no_code) {
+    FixNests(model_tree);
+    remember(model_tree, GetCompilables(model_tree), instances);
+    generate_entity(o);
+  }
+  if (o.daemon_flag || o.remember_tree_flag) keep_model(instances);
+  if (!close_written(&tree_file, "Can't write tree file", o.tree_file_name)) return false;
+  if (output_file == stdout) return true;
+  return close_written(&output_file, "Can't write output file", o.output_file_name);
+}
+
+void close_files() {
+  if (tree_file) std::fclose(tree_file);
+  if (output_file && output_file != stdout) std::fclose(output_file);
+  tree_file = nullptr;
+  output_file = nullptr;
 }
 
 }  // namespace
@@ -211,27 +235,33 @@ void print_usage_and_exit() {
   std::exit(0);
 }
 
-int standalone_main(int argc, char** argv) {
+int compile_model(int argc, char** argv) {
   BeginProgress();
+  tree_file = nullptr;
   output_file = stdout;
   errf = stderr;
   disable_features();
-  const Options o = scan_options(argc, argv);
-  open_files(o);
+  Options o;
+  if (!scan_options(argc, argv, &o)) return kUsage;
   tIndex instances = nullptr;
-  front_half(&instances);
-  if (tree_file) close_written(tree_file, "Can't write tree file", o.tree_file_name);
-  tree_file = nullptr;
-  if (o.unparse_flag) write_definitions(o);
-  if (o.query_tree_flag) QueryAsynt(model_tree);
-  if (o.codegen_flag != no_code)
-    die_msg("This build generates no code: -f, -v and -e cannot be used (%s)", o.codegen_name);
-  if (o.daemon_flag || o.remember_tree_flag)
-    die_msg("This build keeps no model for later commands: -d and -R cannot be used");
-  if (output_file && output_file != stdout) close_written(output_file, "Can't write output file", o.output_file_name);
-  scan_CloseScanner();
+  bool done = open_files(o);
+  if (done) {
+    front_half(&instances);
+    done = back_half(o, instances);
+    scan_CloseScanner();
+  }
+  close_files();
+  if (!done) return kFileStatus;
+  if (o.daemon_flag) die_msg("This build serves no link: -d cannot be used");
   close_standard_stream(stderr, STDERR_FILENO);
-  return 0;
+  return kDone;
+}
+
+int standalone_main(int argc, char** argv) {
+  const int status = compile_model(argc, argv);
+  if (status == kUsage) print_usage_and_exit();
+  if (status != kDone) std::exit(status);
+  return status;
 }
 
 }  // namespace oz

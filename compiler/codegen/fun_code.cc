@@ -1,0 +1,60 @@
+// One function from its definition to the generator of the target language.
+
+#include "Asynt.h"
+#include "efunc.h"
+#include "fun.h"
+#include "ozerrors.h"
+#include "pompunp_fn.h"
+#include "sheepconv.h"
+#include "sheepunp.h"
+
+namespace oz {
+
+namespace {
+
+bool found_forall = false;
+
+char Look_for_forall(tAsynt* t) {
+  if (Asynt_Kind(*t) == kForAll) found_forall = true;
+  return !found_forall;
+}
+
+// Without a parallel loop the parallel form of a function is its sequential form.
+void refuse_parallel_loops(tAsynt rhs) {
+  found_forall = false;
+  TraverseAsyntTD2(&rhs, Look_for_forall);
+  if (found_forall) die_msg("Parallel loops in Fortran 90 are not supported.\n");
+}
+
+// Hands a prepared function to the generator. Only HPF has pure functions.
+void Unparse(tAsynt lhs, tAsynt rhs, char recursive, char pure) {
+  if (Asynt_Kind(lhs) != kSimpleFFE) die_msg("Unparser: Unknown language.\n");
+  tAsynt si = Symbol_SymInfo(SimpleFFE_Name(lhs));
+  tAsynt args = FullFormExpression_Args(lhs);
+  switch (genlang) {
+    case cplusplus: CPunparse_fn(si, args, rhs); return;
+    case hpf: Funparse_fn(si, args, rhs, recursive, pure); return;
+    case fortran90:
+      if (cg_opt.parallel) refuse_parallel_loops(rhs);
+      Funparse_fn(si, args, rhs, recursive, 0);
+      return;
+    default: die_msg("Unparser: Unknown language.\n");
+  }
+}
+
+}  // namespace
+
+void Make_code_for_fun(string name, tAsynt t) {
+  fun_name = name;
+  title_msg("In function %s:", fun_name);
+  Prepare_fun(t);
+  const bool external = Asynt_Kind(Binary_RHS(t)) == kExternBody;
+  if (!external && genlang == fortran90) Rewrite_array_init(t);
+  const char recursive = external ? 0 : recursive_fun(Binary_RHS(t));
+  const char pure = external ? 0 : pure_fun(Binary_RHS(t));
+  CheckAsynt(t);
+  Unparse(Binary_LHS(t), Binary_RHS(t), recursive, pure);
+  title_msg(nullptr);
+}
+
+}  // namespace oz
