@@ -29,7 +29,7 @@ namespace algelink {
 
 namespace {
 
-constexpr int kBacklog = 128;
+constexpr int kBacklog = 1024;
 
 int system_error() { return errno == EADDRINUSE ? ALErrorNameInUse : ALErrorSystem; }
 

@@ -16,7 +16,7 @@ namespace {
 
 constexpr size_t kReceiveSize = size_t{256} << 10;
 constexpr size_t kWireSize = 4 * kDataPiece;
-constexpr size_t kMuchUnsent = size_t{1} << 20;  // a put waits when more than this is unsent
+constexpr size_t kMuchUnsent = size_t{16} << 20;  // a put waits when more than this is unsent
 constexpr uint32_t kGrantPiece = kStartCredit / 4;
 constexpr auto kYieldTime = std::chrono::milliseconds(100);
 constexpr auto kForever = Clock::time_point::max();
