@@ -255,6 +255,7 @@ TEST_P(LinkTest, MessagesOvertakeDataAndTerminateEndsAWait) {
   const std::string text(600'000, 'x');
   ALPutString(p.a, text.c_str());
   ALEndPacket(p.a);
+  algelink::push_output(p.a, algelink::Clock::time_point::max());
   EXPECT_TRUE(ALPutMessage(p.a, ALAbortMessage, 1));
   while (delivered == 0) std::this_thread::yield();
   EXPECT_EQ(delivered, 31);
