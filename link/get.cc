@@ -162,6 +162,37 @@ bool skip_chunks(ALINK link) {
   return true;
 }
 
+constexpr size_t kFirstRoom = 8192;  // numbers that an array has room for at first
+
+char* grow_text(ALINK link, char* text, size_t size) {
+  link->texts.erase(text);
+  auto* grown = static_cast<char*>(std::realloc(text, size));
+  if (grown) {
+    link->texts.insert(grown);
+    return grown;
+  }
+  std::free(text);
+  stream_failure(link, ALErrorSystem);
+  return nullptr;
+}
+
+// Takes the reals that lie in the input one behind the other; the loop that arrays are read with. Their number.
+size_t take_run(ALINK link, char* to, size_t most) {
+  constexpr size_t kToken = 1 + sizeof(double);
+  Input& in = link->in;
+  if (link->error != ALErrorNone || in.packet_size > kMaxPacket) return 0;
+  const char* p = here(link);
+  const size_t n = std::min(most, (in.bytes.size() - in.position) / kToken);
+  size_t run = 0;
+  for (; run < n && *p == ALRealToken; run++, p += kToken)
+    std::memcpy(to + run * sizeof(double), p + 1, sizeof(double));
+  in.position += run * kToken;
+  in.left -= static_cast<int64_t>(run);
+  in.packet_size += run * kToken;
+  in.mark = in.position;
+  return run;
+}
+
 struct PacketName {
   std::string_view head;
   int code;
@@ -400,19 +431,26 @@ int ALTestHead(ALINK link, const char* head, int* arguments) {
 int ALGetReal64List(ALINK link, double** values, size_t* n) {
   int count;
   if (!ALTestHead(link, "List", &count)) return 0;
+  const auto wanted = static_cast<size_t>(count);
   // The array grows with the numbers that have come: the count alone is only a claim.
-  std::vector<double> numbers;
-  for (int i = 0; i < count; i++) {
+  size_t have = 0, room = std::min(wanted, kFirstRoom);
+  char* array = keep_text(link, room * sizeof(double) + 1);
+  while (array && have < wanted) {
+    if (have == room) array = grow_text(link, array, (room = std::min(wanted, 2 * room)) * sizeof(double) + 1);
+    if (!array) return 0;
+    const size_t run = take_run(link, array + have * sizeof(double), room - have);
+    have += run;
     double v;
-    if (!ALGetReal(link, &v)) return 0;
-    numbers.push_back(v);
+    if (run > 0) continue;
+    if (!ALGetReal(link, &v)) {
+      release_text(link, array);
+      return 0;
+    }
+    std::memcpy(array + have++ * sizeof(double), &v, sizeof v);
   }
-  const size_t size = numbers.size() * sizeof(double);
-  char* array = keep_text(link, size + 1);
   if (!array) return 0;
-  if (size > 0) std::memcpy(array, numbers.data(), size);
   *values = reinterpret_cast<double*>(array);
-  *n = numbers.size();
+  *n = have;
   return 1;
 }
 

@@ -83,20 +83,32 @@ void append_element(std::string* to, int64_t v) {
   append_value(to, v);
 }
 
+// Appends a run of numbers; the loop that arrays are sent with.
 template <class T>
-int put_list(ALINK link, const T* values, size_t n) {
+void append_run(std::string* to, int token, const T* values, size_t n) {
+  constexpr size_t kToken = 1 + sizeof(T);
+  const size_t before = to->size();
+  to->resize(before + n * kToken);
+  char* p = to->data() + before;
+  for (size_t i = 0; i < n; i++, p += kToken) {
+    *p = static_cast<char>(token);
+    std::memcpy(p + 1, values + i, sizeof(T));
+  }
+}
+
+template <class T>
+int put_list(ALINK link, int token, const T* values, size_t n) {
+  constexpr size_t kRun = kPushSize / (1 + sizeof(T));
   if (n > static_cast<size_t>(kMaxArguments)) return may_put(link) ? put_failure(link, ALErrorRange) : 0;
   if (!ALPutFunction(link, "List", static_cast<int>(n))) return 0;
-  constexpr size_t kToken = 1 + sizeof(T);
-  constexpr size_t kPiece = kPushSize / kToken;
-  for (size_t i = 0; i < n; i += kPiece) {
-    const size_t end = std::min(n, i + kPiece);
-    for (size_t k = i; k < end; k++) append_element(&link->out.bytes, values[k]);
-    link->out.left -= static_cast<int64_t>(end - i);
-    if (!push_output(link, Clock::time_point::max())) {
-      note_death(link);
-      return 0;
-    }
+  for (size_t done = 0; done < n;) {
+    const size_t run = std::min(kRun, n - done);
+    append_run(&link->out.bytes, token, values + done, run);
+    link->out.left -= static_cast<int64_t>(run);
+    done += run;
+    if (push_output(link, Clock::time_point::max())) continue;
+    note_death(link);
+    return 0;
   }
   return 1;
 }
@@ -178,8 +190,10 @@ int ALPutFunction(ALINK link, const char* head, int arguments) {
   return ALPutArgCount(link, arguments) && ALPutSymbol(link, head);
 }
 
-int ALPutReal64List(ALINK link, const double* values, size_t n) { return put_list(link, values, n); }
-int ALPutInteger64List(ALINK link, const int64_t* values, size_t n) { return put_list(link, values, n); }
+int ALPutReal64List(ALINK link, const double* values, size_t n) { return put_list(link, ALRealToken, values, n); }
+int ALPutInteger64List(ALINK link, const int64_t* values, size_t n) {
+  return put_list(link, ALIntegerToken, values, n);
+}
 
 int ALPutNext(ALINK link, int token) {
   if (!may_put(link)) return 0;
