@@ -44,8 +44,42 @@ LM_ARRAY_TYPES(double)
 LM_ARRAY_TYPES(lm_complex)
 #undef LM_ARRAY_TYPES
 
-// Generated code names everything without a prefix.
-using namespace lumen;
+// Generated code names everything without a prefix. Functions that have an argument of one of our classes are found by
+// that; the others stand here.
+using lumen::All;
+using lumen::floor;
+using lumen::FractionalPart;
+using lumen::iceil;
+using lumen::ifloor;
+using lumen::IntegerPart;
+using lumen::irint;
+using lumen::lumen_error;
+using lumen::lumen_export;
+using lumen::lumen_export1;
+using lumen::lumen_import1Ndouble;
+using lumen::lumen_import1Nint;
+using lumen::lumen_import1Nlm_complex;
+using lumen::lumen_import1NNdouble;
+using lumen::lumen_import1NNint;
+using lumen::lumen_import1NNlm_complex;
+using lumen::lumen_importNdouble;
+using lumen::lumen_importNint;
+using lumen::lumen_importNlm_complex;
+using lumen::lumen_importNNdouble;
+using lumen::lumen_importNNint;
+using lumen::lumen_importNNlm_complex;
+using lumen::make_lumenN;
+using lumen::Max;
+using lumen::Min;
+using lumen::Mod;
+using lumen::R;
+using lumen::RWCString;
+using lumen::sign;
+using lumen::XAll;
+using lumen::XFactorial;
+using lumen::XFactorial2;
+using lumen::XStringLength;
+using lumen::XStringReverse;
 using std::abs;
 using std::cout;
 
