@@ -74,13 +74,13 @@ struct Type_table {
     return &pairs[i];
   }
   tAsynt find(tAsynt node) { return used > 0 ? place(node)->typ : nullptr; }
-  void enter(tAsynt node, tAsynt typ) {
+  [[gnu::noinline]] void enter(tAsynt node, tAsynt typ) {
     if (4 * (used + 1) > 3 * pairs.size()) grow();
     Pair* pair = place(node);
     if (!pair->node) used++;
     *pair = {node, typ};
   }
-  void grow() {
+  [[gnu::noinline]] void grow() {
     std::vector<Pair> old(pairs.empty() ? 64 : 2 * pairs.size());
     old.swap(pairs);
     for (const Pair& pair : old)

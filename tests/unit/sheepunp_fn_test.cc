@@ -66,7 +66,7 @@ TEST_F(SheepFn, TypesAndCodes) {
 
 TEST_F(SheepFn, Dimensions) {
   declare_types("n:int");
-  const tAsynt list = mExpression1(typed_tree("n"), mExpression1(typed_tree("0"), mExpression0()));
+  const tAsynt list = mExpression1(typed_tree("n"), mExpression1(typed_tree("Blank[&]"), mExpression0()));
   const tAsynt plain = mIntConst1(typed_tree("3"), mIntConst1(typed_tree("XPlus[n,1]"), mIntConst0()));
   const struct {
     tAsynt type;
