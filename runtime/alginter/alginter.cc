@@ -55,7 +55,7 @@ struct Reader {
   const char* name;
   lumen::Shape<N> shape{};
   bool known[N] = {};
-  std::vector<T> values;
+  std::vector<T> values{};
 
   [[noreturn]] void wrong() {
     refuse(name, "an array of " + std::to_string(N) + " dimensions, each element " + type_name(T{}));
