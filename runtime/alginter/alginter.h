@@ -69,7 +69,10 @@ std::vector<RWCString> get<std::vector<RWCString>>(const char* name);
 void lmif_return();
 template <class T>
 void lmif_return(const T& value) {
-  alginter::put(value);
+  if constexpr (lumen::is_array<T>)
+    alginter::put(lumen::value_of(value));
+  else
+    alginter::put(value);
 }
 
 // ---- callbacks
