@@ -22,5 +22,6 @@ double outer_Trotation ( const double &at)
 double inner_Tx;
 double inner_Ty;
 double outer_Tx;
+double Bearing_Tmodulus;
 double outer_Ty;
 doubleN roller_Tlift(0);
