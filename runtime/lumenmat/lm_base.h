@@ -1,8 +1,9 @@
 // What all parts of lumenmat share: errors, shapes, ranges.
 //
 // An error of shape or index throws lumen_error, whose text names the operation, the shapes and the index. With
-// LM_NO_CHECKS defined, the checks of single subscripts are left out: x(i) is then one load, and a subscript outside
-// 1..n is undefined behaviour. Shapes and ranges are checked always, since that costs once per operation.
+// LM_NO_CHECKS defined, the checks of single subscripts are left out: x(i) is then one load. A subscript that is not
+// within 1..n, nor a constant like -1, is undefined behaviour then. Shapes and ranges are checked always, since that
+// costs once per operation.
 #ifndef LM_BASE_H
 #define LM_BASE_H
 
@@ -81,12 +82,17 @@ LM_COLD inline Index index_from_end(Index i, const Index* d, int rank, int k) {
        ", not within 1 to " + std::to_string(d[k]));
 }
 
-// The place of subscript i, counted from zero.
+// The place of subscript i, counted from zero. Without checks only a constant can count from the end.
 LM_INLINE Index checked_offset(Index i, const Index* d, int rank, int k) {
-#ifdef LM_NO_CHECKS
-  (void)d, (void)rank, (void)k;
-#else
+#ifndef LM_NO_CHECKS
   if (LM_UNLIKELY(static_cast<std::size_t>(i - 1) >= static_cast<std::size_t>(d[k]))) i = index_from_end(i, d, rank, k);
+#else
+  (void)rank;
+#if defined(__GNUC__) && defined(__OPTIMIZE__)
+  if (__builtin_constant_p(i) && i < 0) i += d[k] + 1;
+#else
+  if (i < 0) i += d[k] + 1;
+#endif
 #endif
   return i - 1;
 }
