@@ -20,6 +20,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <string_view>
@@ -476,8 +477,14 @@ class Array : public Dense<Array<T, N>, T, N> {
   }
 
  private:
+  // All bits zero are the number 0 for every element type, and calloc has large arrays of it for nothing.
+  struct Free {
+    void operator()(T* p) const { std::free(p); }
+  };
+  using Storage = std::unique_ptr<T[], Free>;
+
   Shape<N> shape_;
-  std::unique_ptr<T[]> data_;
+  Storage data_;
 
   static Index checked_total(const Shape<N>& s) {
     Index n = 1;
@@ -489,11 +496,17 @@ class Array : public Dense<Array<T, N>, T, N> {
     }
     return n;
   }
-  static std::unique_ptr<T[]> zeros(const Shape<N>& s) {
-    return std::unique_ptr<T[]>(new T[static_cast<std::size_t>(checked_total(s))]());
+  static Storage checked_storage(const Shape<N>& s, Index n, void* p) {
+    if (LM_UNLIKELY(!p && n > 0)) fail("no memory for an array of the shape " + shape_text(s));
+    return Storage(static_cast<T*>(p));
   }
-  static std::unique_ptr<T[]> uninitialised(const Shape<N>& s) {
-    return std::unique_ptr<T[]>(new T[static_cast<std::size_t>(checked_total(s))]);
+  static Storage zeros(const Shape<N>& s) {
+    const Index n = checked_total(s);
+    return checked_storage(s, n, std::calloc(static_cast<std::size_t>(n), sizeof(T)));
+  }
+  static Storage uninitialised(const Shape<N>& s) {
+    const Index n = checked_total(s);
+    return checked_storage(s, n, std::malloc(static_cast<std::size_t>(n) * sizeof(T)));
   }
 
   template <class E>

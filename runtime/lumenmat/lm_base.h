@@ -75,11 +75,16 @@ std::string shape_text(const Shape<N>& s) {
 
 // ---- subscripts
 
-// A subscript below zero counts from the end: -1 is the last element. Anything else that gets here is wrong.
-LM_COLD inline Index index_from_end(Index i, const Index* d, int rank, int k) {
-  if (i < 0 && i >= -d[k]) return d[k] + i + 1;
+[[noreturn]] LM_COLD inline void fail_subscript(Index i, const Index* d, int rank, int k) {
   fail("subscript " + std::to_string(k + 1) + " of an array " + shape_text(d, rank) + " is " + std::to_string(i) +
        ", not within 1 to " + std::to_string(d[k]));
+}
+
+// A subscript below zero counts from the end: -1 is the last element. Nothing is called here that returns, so that the
+// loop around may keep sizes and addresses in registers.
+LM_INLINE Index index_from_end(Index i, const Index* d, int rank, int k) {
+  if (LM_UNLIKELY(i >= 0 || i < -d[k])) fail_subscript(i, d, rank, k);
+  return d[k] + i + 1;
 }
 
 // The place of subscript i, counted from zero. Without checks only a constant can count from the end.

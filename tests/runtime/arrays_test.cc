@@ -51,7 +51,7 @@ TEST(CompiledArrays, GiveWhatTheLanguageMeans) {
       {text(Arrays_Tsizes(z)), text(make_lumenN(2, 2 + 0 + 2 + M_PI / 2, 3 - 3 + 0 + M_PI))},
       {text(Arrays_Troot(lm_complex(4, 0))), "(18,32)"},
       {text(Arrays_Tdot(a, b)), "2.75"},
-      {text(Arrays_Ttwice(square, a)), "{-1.5, -18.125}"},
+      {text(Arrays_Ttwice(square, a)), "{1.5, -14.625}"},
       {text(Arrays_Touter(a, b)), "{{4, 0.5}, {-10, -1.25}}"},
       {text(Arrays_Tcrossed(w, w(1) * make_lumenN(3, 0.0, 0.0, 1.0))), "{2, -1, 0}"},
       {text(Arrays_Tturned(wide)), "{{1, 4}, {2, 5}, {3, 6}}"},
