@@ -42,6 +42,7 @@ namespace {
 tAsynt temp_set_list = nullptr;     // its head
 tAsynt temp_set_p = nullptr;        // the open cell at its end
 tAsynt* prev_temp_set = nullptr;    // the link to the open cell
+tAsynt last_temp = nullptr;         // the temporary that was put on the list last
 std::vector<tAsynt> pending_cells;  // of all lists that are being walked, the innermost on top
 
 [[noreturn]] void routine_failed(const char* routine) {
@@ -69,6 +70,7 @@ tAsynt make_temp_symb(tAsynt typ) {
 void init_cse() {
   temp_set_list = temp_set_p = mExpression1(nullptr, nullptr);
   prev_temp_set = &temp_set_list;
+  last_temp = nullptr;
   pending_cells.clear();
   cse_init_hashtable();
 }
@@ -87,7 +89,7 @@ tAsynt cse_close_list(tAsynt end) {
 void find_same(unsigned hash, tAsynt expr, tAsynt* tp) {
   cse_element_t* e = cse_enter(hash, expr);
   if (!e->temp_var) {
-    e->temp_var = make_temp_symb(Find_type_convert(expr));
+    e->temp_var = last_temp = make_temp_symb(Find_type_convert(expr));
     add_to_set_list(NoPosition, mSymbol(e->temp_var), expr);
   }
   *tp = mSymbol(e->temp_var);
@@ -297,12 +299,13 @@ void Set_list_cse_2(tPosition Pos, tAsynt lhs, tAsynt rhs) {
 
 // ---- the end of a function body
 
-// A reduction stays the value of its body when only its bounds have become temporaries.
+// The operation that was numbered last is the body itself. A reduction stays the value of its body when only its bounds
+// have become temporaries.
 tAsynt finish_fun_cse(tAsynt tree_body) {
   if (temp_no == 1) return tree_body;
-  const tAsynt temp = FindTempSi(temp_set_list, temp_no - 1);
-  if (!temp) die_msg("Internal error in line %d of %s", __LINE__, "cse");
-  const tAsynt value = Asynt_Kind(tree_body) == kIReduce ? tree_body : mSymbol(temp);
+  if (!last_temp || static_cast<int>(TempSymbol_Number(last_temp)) != temp_no - 1)
+    die_msg("Internal error in line %d of %s", __LINE__, "cse");
+  const tAsynt value = Asynt_Kind(tree_body) == kIReduce ? tree_body : mSymbol(last_temp);
   return Make_csed_function(cse_close_list(mExpression1(value, mExpression0())));
 }
 

@@ -335,7 +335,7 @@ tAsynt FindTempSi(tAsynt t, int tempno) {
 // set until its access is written out: members are therefore rewritten first. The verification finds further ones,
 // members of other objects among them, and leaves them as nests.
 void Prepare_fun(tAsynt t) {
-  Forget_member_functions();
+  Forget_members();
   if (Asynt_Kind(Binary_RHS(t)) == kExternBody) {
     Transform_fun(&Binary_LHS(t), &Binary_RHS(t));
     return;

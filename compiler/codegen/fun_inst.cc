@@ -25,6 +25,9 @@ namespace {
 // Functions of sets whose type has lost its markers: their other calls are still to be merged.
 std::unordered_set<tAsynt> member_functions;
 
+// Nests that an access to a member left over: they are done with, although their type is still a member's.
+std::unordered_set<tAsynt> finished_nests;
+
 // What stands in the place of each node that the rewriting has met.
 std::unordered_map<tAsynt, tAsynt> rewritten;
 
@@ -97,7 +100,9 @@ tAsynt Make_xpart(tAsynt s, tAsynt args) {
 }
 
 tAsynt member_nest(tAsynt old, tAsynt expression) {
-  return mSymbol(mAbsoluteNest(SymInfo_Type(old), SymInfo_Pos(old), expression));
+  tAsynt nest = mAbsoluteNest(SymInfo_Type(old), SymInfo_Pos(old), expression);
+  finished_nests.insert(nest);
+  return mSymbol(nest);
 }
 
 // x[i] of a member x with a type.
@@ -130,7 +135,7 @@ tAsynt access_to_deep_nest(tAsynt nest, tAsynt call) {
 
 // The nest of a member as an array access; null when it is no member's, or has another shape.
 tAsynt nest_access(tAsynt nest) {
-  if (!Is_setmember(SymInfo_Type(nest))) return nullptr;
+  if (!Is_setmember(SymInfo_Type(nest)) || finished_nests.count(nest)) return nullptr;
   tAsynt call = AbsoluteNest_FullFormExpression(nest);
   if (Asynt_IsType(call, kSimpleFFE))
     return Asynt_IsType(SimpleFFE_Name(call), kSymbol) ? plain_access(call, SymInfo_Type(nest)) : nullptr;
@@ -160,6 +165,8 @@ tAsynt member_use(tAsynt t) {
 void rewrite(tAsynt* slot) {
   while (*slot) {
     tAsynt t = *slot;
+    const TreeKind& kind = Asynt_Schema.kinds[Asynt_Kind(t)];
+    if (kind.child_count == 0) return;
     const auto [known, is_new] = rewritten.try_emplace(t, t);
     if (!is_new) {
       *slot = known->second;
@@ -171,11 +178,32 @@ void rewrite(tAsynt* slot) {
       rewritten.try_emplace(use, use);
       return;
     }
-    const TreeKind& kind = Asynt_Schema.kinds[Asynt_Kind(t)];
-    if (kind.child_count == 0) return;
     for (int i = 0; i + 1 < kind.child_count; i++) rewrite(&tree_raw_slot<tAsynt>(t, kind.children[i]));
     slot = &tree_raw_slot<tAsynt>(t, kind.children[kind.child_count - 1]);
   }
+}
+
+// ---- is there anything to do?
+
+bool found_candidate = false;
+size_t node_count = 0;
+
+char Look_for_candidates(tAsynt* t) {
+  node_count++;
+  if (Asynt_Kind(*t) != kSymbol) return 1;
+  tAsynt info = Symbol_SymInfo(*t);
+  if (Asynt_Kind(info) == kAbsoluteNest || Asynt_IsType(SymInfo_Type(info), kNoType) ||
+      Is_setmember(SymInfo_Type(info)))
+    found_candidate = true;
+  return 1;
+}
+
+// Most functions use no member of a set: this walk is many times faster than the rewriting.
+bool may_use_members(tAsynt* expr) {
+  found_candidate = !member_functions.empty();
+  node_count = 0;
+  TraverseAsyntTD2(expr, Look_for_candidates);
+  return found_candidate;
 }
 
 }  // namespace
@@ -188,11 +216,16 @@ void Merge_member_head(tAsynt* head) {
 }
 
 void Transform_instance_set(tAsynt* expr) {
+  if (!may_use_members(expr)) return;
   rewritten.clear();
+  rewritten.reserve(node_count);
   rewrite(expr);
   rewritten.clear();
 }
 
-void Forget_member_functions() { member_functions.clear(); }
+void Forget_members() {
+  member_functions.clear();
+  finished_nests.clear();
+}
 
 }  // namespace oz

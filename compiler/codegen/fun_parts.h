@@ -17,7 +17,7 @@ void Merge_member_head(tAsynt* head);
 // Turns every use of a member of an instance set into an array access x[[i]] or, for a function, into a call f[i, x].
 void Transform_instance_set(tAsynt* expr);
 
-// To be called ahead of a definition: no function of a set has been met yet.
-void Forget_member_functions();
+// To be called ahead of a definition: nothing of a set has been rewritten yet.
+void Forget_members();
 
 }  // namespace oz

@@ -140,7 +140,7 @@ void list_directions(tAsynt list) {
 
 // The argument that a direction names, or null.
 tAsynt CP_Ftnc_Get_Inp(tAsynt name) {
-  const auto found = arguments.find(unparse_string(Symbol_SymInfo(name)));
+  const auto found = arguments.find(unparse_string(name));
   return found == arguments.end() ? nullptr : found->second;
 }
 
@@ -167,11 +167,20 @@ tAsynt CP_Ftnc_outparam(tAsynt directions, long index) {
 
 // ---- pieces
 
-void output_name(tAsynt symbol) { CPoutput_symbol(Symbol_SymInfo(symbol)); }
+// The name of a direction is a Symbol, or what an instance has put in the place of one.
+void output_name(tAsynt name) {
+  CPoutput_nest_name(name);
+  cpflush_mangled_str();
+}
 
-std::string message_name(tAsynt symbol) {
-  const tAsynt sym = Symbol_SymInfo(symbol);
-  return Asynt_IsType(sym, kNamedSymbol) ? NamedSymbol_Name(sym) : unparse_string(sym);
+std::string message_name(tAsynt name) {
+  const tAsynt sym = CPsymbol_info(name);
+  return Asynt_IsType(sym, kNamedSymbol) ? NamedSymbol_Name(sym) : unparse_string(name);
+}
+
+tPosition name_position(tAsynt name) {
+  const tAsynt sym = CPsymbol_info(name);
+  return sym ? SymInfo_Pos(sym) : NoPosition;
 }
 
 std::string prefix_of(tAsynt b) { return ExternalDeclaration_Prefix(b) ? ExternalDeclaration_Prefix(b) : ""; }
@@ -215,8 +224,8 @@ void declare_argument(tAsynt name, bool isinput) {
 // An array that is written only would come without a shape.
 void CP_Ftnc_check_array(tAsynt sym, tAsynt name) {
   if (!sym || !Asynt_IsType(SymInfo_Type(sym), kArrayType)) return;
-  error_msg_pos2(SymInfo_Pos(Symbol_SymInfo(name)), "Impossible  Output parameter %s of array type %s",
-                 message_name(name).c_str(), " - replace Output by InOut array parameter");
+  error_msg_pos2(name_position(name), "Impossible  Output parameter %s of array type %s", message_name(name).c_str(),
+                 " - replace Output by InOut array parameter");
 }
 
 void declare_output(tAsynt t, tAsynt name, size_t index, bool check) {
@@ -423,7 +432,7 @@ void CP_Ftnc_Save_InOuts(tAsynt list, tAsynt t) {
 // An argument of the call; nothing for a direction that belongs to none.
 void pass(tAsynt name, tAsynt sym, const char* suffix, bool isinput) {
   if (!sym) return;
-  CP_foreign_argument(language_of(currentBody), SymInfo_Type(sym), isinput, Symbol_SymInfo(name), suffix);
+  CP_foreign_argument(language_of(currentBody), SymInfo_Type(sym), isinput, name, suffix);
 }
 
 // One actual argument; whether it belongs to an OutParam.
@@ -439,7 +448,7 @@ bool pass_direction(tAsynt t, tAsynt item, size_t index, const char* suffix) {
       pass(name, CP_Ftnc_Get_Inp(name), suffix, false);
       return true;
     case kInputSizeParameter:
-      CP_foreign_argument(language_of(currentBody), int_type_node, true, Symbol_SymInfo(name), "");
+      CP_foreign_argument(language_of(currentBody), int_type_node, true, name, "");
       return false;
     default:
       cpoutput("/* Output */  ");

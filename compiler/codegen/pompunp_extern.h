@@ -11,8 +11,8 @@ enum Foreign_language { foreign_fortran, foreign_c, foreign_cpp };
 // "  INTEGER */ int *".
 void CP_foreign_type(Foreign_language language, tAsynt typ, bool isinput);
 
-// Writes an identifier, the symbol's with a suffix, as an actual argument: " &x_OUT". Types that the language does not
+// Writes the identifier of a name, with a suffix, as an actual argument: " &x_OUT". Types that the language does not
 // take write nothing.
-void CP_foreign_argument(Foreign_language language, tAsynt typ, bool isinput, tAsynt sym, const char* suffix);
+void CP_foreign_argument(Foreign_language language, tAsynt typ, bool isinput, tAsynt name, const char* suffix);
 
 }  // namespace oz

@@ -1,8 +1,8 @@
 // Types and arguments of foreign routines. Fortran takes everything by address, C what it changes; both get the storage
 // of arrays and complex numbers without a copy, and without its const. Their arrays are stored column by column alike.
 
-#include "pompunp.h"
 #include "pompunp_extern.h"
+#include "pompunp_fn.h"
 #include "type.h"
 
 namespace oz {
@@ -68,14 +68,14 @@ const char* scalar_text(Foreign_language language, tAsynt typ, bool isinput) {
   return isinput ? kCScalars[base].input : kCScalars[base].output;
 }
 
-// The identifier of what is passed, and what it ends in.
+// The name of what is passed, and what its identifier ends in.
 struct Argument {
-  tAsynt sym;
+  tAsynt name;
   const char* suffix;
 };
 
 void output_identifier(const Argument& argument) {
-  CPoutput_mangled_name(argument.sym);
+  CPoutput_nest_name(argument.name);
   cpoutput_mangled_str(argument.suffix);
   cpflush_mangled_str();
 }
@@ -127,8 +127,8 @@ void CP_foreign_type(Foreign_language language, tAsynt typ, bool isinput) {
   }
 }
 
-void CP_foreign_argument(Foreign_language language, tAsynt typ, bool isinput, tAsynt sym, const char* suffix) {
-  const Argument argument{sym, suffix};
+void CP_foreign_argument(Foreign_language language, tAsynt typ, bool isinput, tAsynt name, const char* suffix) {
+  const Argument argument{name, suffix};
   const Base base = base_of(typ);
   if (language == foreign_cpp)
     cpp_argument(typ, isinput, argument);

@@ -393,9 +393,11 @@ void CP_Generate_Body_WithReturnedValue(tAsynt body) {
   const tAsynt last = CPunparse_all_but_last(CPmake_local_decls(body));
   if (Asynt_Kind(last) != kXSet) die_msg("Malformed function body.");
   cpoutput_indentation(0);
+  Begin_type_memory();
   check_returned_type(last);
   cpoutput("return ");
   CPunparseVal(Binary_RHS(last));
+  End_type_memory();
   cpoutput(";\n");
   end_block();
 }

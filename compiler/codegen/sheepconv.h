@@ -33,6 +33,10 @@ tAsynt Make_ireduce_init_expr(tAsynt fun, tAsynt body, tAsynt iter, tAsynt R);
 
 // ---- sizes of arrays
 
+// What the walk to a first assignment does: 1 it looks for the assignment, 2 it reports statements in the place of
+// values. Nothing sets 2.
+extern int traverse_mode;
+
 // In a function definition: sizes that name initialised locals repeat their initialisers, and arrays of unknown size
 // get their shape in front of their first assignment.
 void Rewrite_array_init(tAsynt t);

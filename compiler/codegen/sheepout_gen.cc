@@ -8,6 +8,9 @@
 #include "sheepunp.h"
 
 namespace oz {
+
+char (*Fmake_forall_decl)(tAsynt* t) = nullptr;
+
 namespace {
 
 bool sep;  // the directive line has been begun, the next directive goes behind ", "
@@ -87,8 +90,8 @@ void fmake_var_decls(tAsynt t) { TraverseAsyntTD2(&t, Foutput_impl_var_decl); }
 void fmake_param_decls(tAsynt t) { TraverseAsyntTD2(&t, Foutput_impl_param_decl); }
 
 void fmake_forall_decls(tAsynt t) {
-  if (genlang != fortran90) return;
   forall_atleast_one = 0;
+  if (genlang != fortran90 || !Fmake_forall_decl) return;
   TraverseAsyntTD2(&t, Fmake_forall_decl);
   if (!forall_atleast_one) return;
   foutput("\n");

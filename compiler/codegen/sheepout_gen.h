@@ -5,7 +5,8 @@
 
 namespace oz {
 
-// A visitor that declares what a parallel loop needs.
-char Fmake_forall_decl(tAsynt* t);
+// A visitor that declares what a parallel loop needs and sets forall_atleast_one. The module of the parallel loops sets
+// it; without one there is nothing to declare.
+extern char (*Fmake_forall_decl)(tAsynt* t);
 
 }  // namespace oz

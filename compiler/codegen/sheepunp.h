@@ -17,7 +17,7 @@ namespace oz {
 // What a failure of the module leaves through; initially Errors_Exit.
 extern void (*sheepunp_Exit)();
 
-// ---- expressions and statements (sheepunp_value.cc, sheepunp_part.cc, sheepunp_stmt.cc, sheepunp_set.cc)
+// ---- expressions and statements (sheepunp_value.cc, sheepunp_stmt.cc)
 
 // How tight a node binds when it is written: 1 an assignment, 11 a symbol. An operand is put in parentheses if it binds
 // no tighter than its context.
@@ -31,6 +31,12 @@ void FunparseStmt(tAsynt t);
 
 // The elements of an Expressions list with a text between them.
 void Funparse_exprs(tAsynt list, const char* sep);
+
+// What writes the schedule of a ParExec, and the call of the parallel run of a ForAll: its body, its iterators, its
+// task procedure. The modules of the schedules and the parallel loops set them. Without the first a ParExec is refused,
+// and without the second a ForAll is written as the nest of Do loops.
+extern void (*f_parel_writer)(tAsynt t);
+extern void (*f_forall_writer)(tAsynt body, tAsynt iters, tAsynt procedure);
 
 // The nest of Do loops that does the same as a parallel loop, the first iterator outermost.
 tAsynt Unfold_ForAll(tAsynt body, tAsynt iters);
@@ -56,7 +62,7 @@ bool IsSubroutine(tAsynt typ);
 void SplitArguments(tAsynt* orig, tAsynt* args, tAsynt* ret, bool subr);
 void MergeArguments(tAsynt* orig, tAsynt* args, tAsynt* ret, bool subr);
 
-// ---- types and shapes (sheepunp_type.cc)
+// ---- types and shapes (sheepunp_fn_type.cc)
 
 // "real(zc_real)" and so on, by the base of the type.
 void Foutput_type(tAsynt typ);
@@ -71,15 +77,18 @@ bool array_has_unknown_dims(tAsynt typ);
 // The number of a type among those that can cross the link, 0 with a report for any other.
 int Type_code(tAsynt typ);
 
-// ---- names (sheepunp_name.cc)
+// ---- names (sheepunp_fn_name.cc)
 
 // Adds the name of a symbol to the identifier being built; flush_mangled_str ends it.
 void Foutput_mangled_name(tAsynt sym);
 
+// The same for the application that an element of an instance set is: a[1][i, j] gives a_L1_R_Li_Cj_R.
+void Foutput_nest_name(tAsynt e);
+
 // Writes the name of a symbol, as a Fortran identifier or as it stands in the model.
 void Foutput_symbol_name(tAsynt sym, bool mangled);
 
-// ---- declarations (sheepunp_decl.cc)
+// ---- declarations (sheepunp_fn_decl.cc)
 
 // The declaration line of a module variable; the symbol under which all members of an instance set share one.
 void Foutput_global_var_decl(tAsynt si);

@@ -337,7 +337,6 @@ void refuse_if_ce(tAsynt t) {
 }
 
 void walk_set(tAsynt t) {
-  t->yyKind = kXSet;
   last_XSet_seen = t;
   walk(&Binary_LHS(t));
   walk(&Binary_RHS(t));
@@ -355,7 +354,6 @@ bool is_walked_variadic(unsigned kind) {
 // The kinds whose rule is that of their family, and the kinds that end the run.
 void walk_family(tAsynt* t) {
   tAsynt n = *t;
-  if (!n) bad_tree(n);
   if (Asynt_IsType(n, kConstant)) return;
   if (Asynt_IsType(n, kCUnary)) {
     walk(&CUnary_Arg(n));
@@ -372,6 +370,7 @@ void walk_family(tAsynt* t) {
 
 void walk(tAsynt* t) {
   tAsynt n = *t;
+  if (!n) bad_tree(n);
   switch (Asynt_Kind(n)) {
     case kParameterspec0:
     case kOutputParameter:
@@ -448,6 +447,10 @@ void walk(tAsynt* t) {
       walk(&XWith_Replacement(n));
       walk(&XWith_Body(n));
       return;
+    case kParSet:
+      walk(&ParSet_Lefties(n));
+      walk(&ParSet_Rights(n));
+      return;
     case kForAll:
       walk(&ForAll_Body(n));
       walk_iterators(ForAll_Iter(n));
@@ -467,8 +470,9 @@ void walk(tAsynt* t) {
       walk(&Binary_LHS(n));
       walk(&Binary_RHS(n));
       return;
-    case kXSet:
-    case kXSetDelayed: walk_set(n); return;
+    // A delayed assignment becomes a plain one in place.
+    case kXSetDelayed: n->yyKind = kXSet; [[fallthrough]];
+    case kXSet: walk_set(n); return;
     case kXInequality: Veri_trans_ineq(XInequality_Expressions(n)); return;
     case kSymbol: walk_symbol(t); return;
     case kXPut:

@@ -3,6 +3,7 @@
 #include "Asynt.h"
 
 #include <cstdlib>
+#include <vector>
 
 #include "Memory.h"
 #include "ozerrors.h"
@@ -78,21 +79,99 @@ TreeKit<Asynt_Node> kit{Asynt_Schema, alloc_for_copy};
 #ifdef OZ_SANITIZE
 bool all_nodes_are_good() { return false; }
 #else
+// What the scan of the pools needs of a kind: the node's size, where its first children are and what they may be. A
+// kind with more children, left to the kit, has no size here.
+constexpr int kScanned = 3;
+struct ScannedKind {
+  uint16_t size;
+  uint8_t child_count;
+  uint8_t offset[kScanned];
+  uint32_t range[kScanned];  // the first kind that a child may be, and in the upper half how many may follow
+};
+
+ScannedKind scanned_kind(const TreeKind& k) {
+  ScannedKind s{};
+  if (k.child_count > kScanned) return s;
+  s.size = static_cast<uint16_t>(tree_node_size(k));
+  s.child_count = k.child_count;
+  for (int i = 0; i < k.child_count; i++) {
+    s.offset[i] = static_cast<uint8_t>(sizeof(TreeNode) + 8 * k.children[i]);
+    s.range[i] = k.first_kind[i] | static_cast<uint32_t>(k.last_kind[i] - k.first_kind[i]) << 16;
+  }
+  return s;
+}
+
+const ScannedKind* scanned_kinds() {
+  static ScannedKind kinds[kAsyntKinds];
+  if (kinds[0].size == 0)
+    for (int k = 0; k < kAsyntKinds; k++) kinds[k] = scanned_kind(Asynt_Schema.kinds[k]);
+  return kinds;
+}
+
+// Children whose kinds are still to be looked at. They lie anywhere in the pools: looking at them a batch later leaves
+// the memory time to bring them.
+struct PendingChildren {
+  static constexpr size_t kBatch = 256;
+  struct Child {
+    const TreeNode* node;
+    uint32_t range;
+  };
+  Child waiting[kBatch + kScanned];
+  size_t count = 0;
+  bool good = true;
+
+  // Which kind follows which is hard to foresee: the children of a node are noted without a branch on their number.
+  void add(const char* node, const ScannedKind& k) {
+    for (int i = 0; i < kScanned; i++) {
+      const TreeNode* c = *reinterpret_cast<const TreeNode* const*>(node + k.offset[i]);
+      __builtin_prefetch(c);
+      waiting[count + static_cast<size_t>(i)] = {c, k.range[i]};
+    }
+    count += k.child_count;
+    if (count >= kBatch) look();
+  }
+  void look() {
+    static const TreeNode absent{0xffff, 0, 0};
+    for (size_t i = 0; i < count; i++) {
+      const TreeNode* c = waiting[i].node ? waiting[i].node : &absent;
+      good &= static_cast<uint16_t>(c->yyKind - waiting[i].range) <= waiting[i].range >> 16;
+    }
+    count = 0;
+  }
+};
+
+bool pool_is_good(const char* p, const char* end, PendingChildren* children) {
+  const ScannedKind* const kinds = scanned_kinds();
+  while (p < end && children->good) {
+    const unsigned kind = reinterpret_cast<const TreeNode*>(p)->yyKind;
+    if (kind >= kAsyntKinds) return false;
+    const ScannedKind& k = kinds[kind];
+    if (k.size == 0) [[unlikely]] {
+      const tAsynt t = reinterpret_cast<tAsynt>(const_cast<char*>(p));
+      if (!kit.node_is_good(t)) return false;
+      p += tree_node_size(kit.kind_of(t));
+      continue;
+    }
+    children->add(p, k);
+    p += k.size;
+  }
+  return children->good;
+}
+
 // Whether every node in the pools is well-formed, reachable or not. The pools are read front to back, which is many
 // times faster than a walk over a big tree; only when a node fails, and it may be one that nobody refers to, does the
 // walk decide.
 bool all_nodes_are_good() {
   if (!yyBlockList) return true;
   tail_of(yyBlockList)->end = Asynt_PoolFreePtr;
-  for (char* pool = yyBlockList; pool; pool = tail_of(pool)->previous) {
-    const char* const end = tail_of(pool)->end;
-    for (char* p = pool; p < end;) {
-      const tAsynt t = reinterpret_cast<tAsynt>(p);
-      if (!kit.node_is_good(t)) return false;
-      p += tree_node_size(kit.kind_of(t));
-    }
-  }
-  return true;
+  PendingChildren children;
+  std::vector<char*> pools;
+  for (char* pool = yyBlockList; pool; pool = tail_of(pool)->previous) pools.push_back(pool);
+  for (size_t i = pools.size(); i-- > 0;)
+    if (char* pool = pools[i]; true)
+      if (!pool_is_good(pool, tail_of(pool)->end, &children)) return false;
+  children.look();
+  return children.good;
 }
 #endif
 

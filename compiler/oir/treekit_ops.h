@@ -56,9 +56,7 @@ struct TreeKit {
 
   // ---- copy
 
-  // While a copy is made, the mark of a node that was copied and is referred to elsewhere too is kForwarded plus its
-  // number among these nodes.
-  static constexpr uint32_t kForwarded = 0x80000000;
+  // While a copy is made, the mark of a node that was copied is its number among these nodes, from 1.
   struct Forwarded {
     Node* old_node;
     Node* new_node;
@@ -67,7 +65,6 @@ struct TreeKit {
 
   Node* copy(Node* t) {
     Node* result = nullptr;
-    mark(t);
     copy_into(t, &result);
     for (const Forwarded& f : forwarded) f.old_node->yyMark = 0;
     forwarded.clear();
@@ -81,20 +78,16 @@ struct TreeKit {
         *where = nullptr;
         return;
       }
-      if (t->yyMark >= kForwarded) {
-        *where = forwarded[t->yyMark - kForwarded].new_node;
+      if (t->yyMark != 0) {
+        *where = forwarded[t->yyMark - 1].new_node;
         return;
       }
       const TreeKind& k = kind_of(t);
       Node* n = alloc(k.field_count);
-      const bool shared = t->yyMark > 1;
-      t->yyMark = 0;
       for (size_t i = 0; i < k.field_count; i++) tree_raw_slot<uint64_t>(n, i) = tree_raw_slot<uint64_t>(t, i);
       n->yyKind = t->yyKind;
-      if (shared) {
-        t->yyMark = kForwarded + static_cast<uint32_t>(forwarded.size());
-        forwarded.push_back({t, n});
-      }
+      forwarded.push_back({t, n});
+      t->yyMark = static_cast<uint32_t>(forwarded.size());
       *where = n;
       if (k.child_count == 0) return;
       for (int i = 0; i + 1 < k.child_count; i++) copy_into(child(t, k.children[i]), &child(n, k.children[i]));

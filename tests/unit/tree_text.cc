@@ -74,6 +74,11 @@ void write_type(Writer* w, tAsynt type) {
 
 void write_symbol(Writer* w, tAsynt symbol) {
   const tAsynt info = child(symbol, 0);
+  if (Asynt_Kind(info) == kTempSymbol || Asynt_Kind(info) == kOutParam) {
+    const bool temp = Asynt_Kind(info) == kTempSymbol;
+    w->out += (temp ? "T" : "O") + std::to_string(temp ? TempSymbol_Number(info) : OutParam_Number(info));
+    return;
+  }
   if (!Asynt_IsType(info, kNamedSymbol)) {
     w->out += '<';
     write(w, child(info, 2));

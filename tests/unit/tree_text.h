@@ -5,6 +5,7 @@
 //   x:Int                a Symbol whose Type is an IntType; attributes follow as Int{unit="m"}
 //   a`b`x                a FullSymbol or AbsoluteSymbol, its components in front
 //   <f[1]:Real>          a Symbol on a RelativeNest or AbsoluteNest and its Type
+//   T1, O1               a Symbol on a TempSymbol, on an OutParam, by their numbers
 //   f[x,1]               a SimpleFFE; (f[x])[y] a ComplexFFE
 //   17, 2.5              constants by their digits
 //   XPlus[a,b]           any other node: its kind and fields; lists in braces, but bare where the list is the only

@@ -152,9 +152,23 @@ tAsynt read_list(char end) {
   return mExpression1(head, read_list(end));
 }
 
+tAsynt read_iterators() {
+  if (eat('}')) return mIterator0();
+  const tAsynt head = read_expression();
+  eat(',');
+  return mIterator1(head, read_iterators());
+}
+
+tAsynt read_symbols() {
+  if (eat('}')) return mSymbol0();
+  const tAsynt head = read_expression();
+  eat(',');
+  return mSymbol1(head, read_symbols());
+}
+
 tAsynt read_field(Asynt_tKind kind) {
-  if (kind == kIterators) return mIterator0();
-  if (kind == kSymbols) return mSymbol0();
+  if (kind == kIterators) return eat('{') ? read_iterators() : mIterator0();
+  if (kind == kSymbols) return eat('{') ? read_symbols() : mSymbol0();
   if (kind == kType) return *in == ']' ? mNoType() : read_type();
   if (kind == kFilename) return mFilename("file");
   return read_expression();
@@ -172,7 +186,8 @@ tAsynt read_node(unsigned kind) {
       child = read_list(']');
       return t;
     }
-    child = field == kExpressions && eat('{') ? read_list('}') : read_field(field);
+    const bool braces = (field == kExpressions || field == kNoAsynt) && eat('{');
+    child = braces ? read_list('}') : read_field(field);
     eat(',');
   }
   expect(']');

@@ -10,7 +10,8 @@
 //   x[i], x[i][j]     a SimpleFFE, a ComplexFFE; %Sin[x] an application of a predefined head
 //   17, #17, 2.5, "a" an ExactIntConst, an IntConst, an ExactRealConst, a StringConst
 //   XPlus[i,2.5]      the node of that kind; a list field takes all arguments that are left. Operators stand at 7, 3
-//   &                 an empty statement, the Expression of the kind Empty
+//   {a,b}             as a field: a list of it, of ranges Iterator[i,1,n], of Symbols; without braces the latter are
+//   empty &                 an empty statement, the Expression of the kind Empty
 #pragma once
 
 #include <string>

@@ -1,0 +1,380 @@
+// The verification pass: what becomes of every kind of node, the rewrites of arithmetic and inequalities, every
+// message.
+
+#include "veritrans.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "fatal_text.h"
+#include "ffparse.h"
+#include "ffscan.h"
+#include "nesting.h"
+#include "operator_name.h"
+#include "oz.h"
+#include "tree_text.h"
+#include "type.h"
+#include "type_text.h"
+#include "unparse.h"
+
+namespace oz {
+namespace {
+
+struct Veritrans : testing::Test {
+  Veritrans() {
+    bigbuf_init();
+    init_operator_name();
+    Begintype();
+    Beginveritrans();
+    declare_types(
+        "a:real b:real c:real i:int v:real[3] C`f:real u:none C`g:none Private`p:none m:real_s[-1] mi:int_s "
+        "h:real[-1]");
+    Set_declaration_finder(nullptr);
+  }
+};
+
+std::string without(std::string text, const std::string& part) {
+  for (size_t at; (at = text.find(part)) != std::string::npos;) text.erase(at, part.size());
+  return text;
+}
+
+// The walked tree, scalar types left out, and what was reported.
+std::string walked(tAsynt t) {
+  std::string result;
+  const std::string reports = message_of([&] {
+    Veri_trans_tree(&t);
+    EXPECT_TRUE(CheckAsynt(t));
+    result = without(without(tree_text(t), ":Real"), ":Int");
+  });
+  return result + reports;
+}
+
+std::string verified(const std::string& text) { return walked(typed_tree(text)); }
+
+std::string read(const std::string& text) {
+  std::string result;
+  const std::string reports = message_of([&] {
+    ffscan_SetString(text.c_str());
+    ffscan_BeginFile("");
+    result = without(without(tree_text(ffparse(0)), ":Real"), ":Int");
+  });
+  return result + reports;
+}
+
+std::string fatal(const std::string& text) { return "   0,  0: Fatal       " + text + "\n"; }
+std::string error(const std::string& text) { return "   4,  2: Error       " + text + "\n"; }
+
+struct Row {
+  std::string text, expected;
+};
+
+void check(std::string (*run)(const std::string&), const std::vector<Row>& rows) {
+  for (const Row& row : rows) EXPECT_EQ(row.expected, run(row.text)) << row.text;
+}
+
+std::set<std::string> words(const std::string& text) {
+  std::istringstream in(text);
+  return {std::istream_iterator<std::string>(in), {}};
+}
+
+TEST_F(Veritrans, ProductsAndPowers) {
+  check(verified, {
+                      {"%Times[-1,a]", "XMinus[a]"},
+                      {"%Times[#-1,a]", "XMinus[a]"},
+                      {"%Times[-1.0,a]", "XTimes[-1.0,a]"},
+                      {"%Times[a,-1]", "XTimes[a,-1]"},
+                      {"%Times[-1]", "XTimes[-1]"},
+                      {"%Times[]", "XTimes[]"},
+                      {"%Times[-1,a,b]", "XMinus[XTimes[a,b]]"},
+                      {"%Power[a,-1]", "XDivide[1,a]"},
+                      {"%Power[a,#-1]", "XDivide[1,a]"},
+                      {"%Power[a,-2]", "XPower[a,-2]"},
+                      {"%Times[a,%Power[b,-1]]", "XDivide[a,b]"},
+                      {"%Times[a,%Divide[#1,b]]", "XDivide[a,b]"},
+                      {"%Times[a,%Divide[2,b]]", "XTimes[a,XDivide[2,b]]"},
+                      {"%Times[%Power[b,-1],a,c]", "XDivide[XTimes[a,c],b]"},
+                      {"%Times[a,%Power[b,-1],%Power[c,-1]]", "XDivide[a,XTimes[c,b]]"},
+                      {"%Times[a,%Power[b,-1],i,%Power[c,-1]]", "XDivide[XTimes[a,i],XTimes[c,b]]"},
+                      {"%Times[%Power[b,-1]]", "XDivide[XTimes[],b]"},
+                      {"%Times[%Power[b,-1],%Power[c,-1]]", "XDivide[XTimes[],XTimes[c,b]]"},
+                      {"%Times[-1,%Power[b,-1]]", "XMinus[XDivide[1,b]]"},
+                      {"%Times[-1,a,%Power[b,-1]]", "XMinus[XDivide[a,b]]"},
+                      {"%Times[-1,%Power[b,-1],%Power[c,-1]]", "XMinus[XDivide[XTimes[],XTimes[c,b]]]"},
+                      {"%Plus[a,%Times[-1,%Times[b,%Power[c,-1]]]]", "XPlus[a,XMinus[XDivide[b,c]]]"},
+                      {"XTimes[-1,%Times[-1,a]]", "XTimes[-1,XMinus[a]]"},  // a finished product stays
+                  });
+}
+
+TEST_F(Veritrans, Inequalities) {
+  check(verified,
+        {
+            {"%Inequality[a,%Less,b,%LessEqual,%Plus[a,c]]", "XInequality[a,XLess[],b,XLessEqual[],XPlus[a,c]]"},
+            {"%Inequality[%Pi,%Unequal,a]", "XInequality[XPi,XUnequal[],a]"},
+            {"%Inequality[%Pi]", "XInequality[XPi]"},
+            {"%Inequality[]", fatal("Malformed Inequality: ")},
+            {"%Inequality[a,%Less]", fatal("Malformed Inequality: ")},
+            {"%Inequality[a,%Less,b,%Sin,c]", fatal("Malformed Inequality: b;\nSin;\nc")},
+            {"%Inequality[a,b,c]", fatal("Malformed Inequality: a;\nb;\nc")},
+            {"%Inequality[a,1,c]", fatal("Malformed Inequality: a;\n1;\nc")},
+            {"%Inequality[a,C`f,c]", fatal("Malformed Inequality: a;\nC`f;\nc")},
+            {"XInequality[%Pi,XLess[],%Plus[a,b]]", "XInequality[XPi,XLess[],XPlus[a,b]]"},
+            {"XInequality[a]", "XInequality[a]"},
+            {"XInequality[]", fatal("Bad inequality in Veri_trans_ineq.")},
+            {"XInequality[a,XLess[]]", fatal("Bad inequality in Veri_trans_ineq.")},
+        });
+}
+
+TEST_F(Veritrans, Derivatives) {
+  const std::string binary = fatal("1 argument(s) to binary function.");
+  check(verified, {
+                      {"%Derivative[2][a]", "Deriv[2,a]"},
+                      {"%Plus[%Derivative[1][a],%Pi]", "XPlus[Deriv[1,a],XPi]"},
+                      {"%Derivative[1][a][b]", "(Deriv[1,a])[b]"},
+                      {"%Derivative[2,a]", "Deriv[2,a]"},
+                      {"%Derivative[#1][a]", binary},
+                      {"%Derivative[1][a,b]", binary},
+                      {"%Derivative[1][2]", binary},
+                      {"%Derivative[1,2][a]", "(Deriv[1,2])[a]"},
+                  });
+}
+
+// ---- every kind
+
+// A node of a kind in the notation of typed_tree, all its expressions a leaf.
+std::string node_text(const TreeKind& kind, const std::string& leaf) {
+  std::string text = std::string(kind.name) + "[";
+  for (int i = 0; i < kind.child_count; i++) {
+    const unsigned field = kind.fields[kind.children[i]].kind;
+    if (field == kExpressions) text += "{" + leaf + "},";
+    if (field == kExpression || field == kSymbol) text += leaf + ",";
+    if (field == kSymbols || field == kIterators) text += ",";
+    if (field == kNoAsynt) text += "{},";
+  }
+  return text + "]";
+}
+
+// Kinds whose expressions are all walked.
+const char kWalked[] =
+    "XFor XWhile XIf XWhich XPrint XModule XBlock XWith XSin XArcSin XSinh XArcSinh XCos XArcCos XCosh XArcCosh XTan "
+    "XArcTan XTanh XArcTanh XCot XArcCot XCoth XArcCoth XSec XSech XCsc XCsch XExp XLog XSqrt XAbs XSign XFloor "
+    "XCeiling XRound XTranspose XIntegerPart XFractionalPart XN XGenCodeString XGenTypeInformation XRe XIm XArg "
+    "XConjugate XSort XMean XVariance XTotal XMedian XStandardDeviation ArcTan2 NaturalDivide XQuotient XMod XComplex "
+    "XExtract OuterProduct ParSet XMinus XNot XStringLength XStringReverse XSubtract XPower XDivide Deriv XSet "
+    "XAlternatives XDrop XAppend XPrepend XOr XAnd XEqual XUnequal XGreater XLess XGreaterEqual XLessEqual XPlus "
+    "XTimes XDot XStringJoin XCompoundExpression XList XDimensions XSetCols XSetRows XSetSubMatrix XSetCol XSetRow "
+    "XCols XRows XSubMatrix XCol XRow XSubVector XSetSubVector XSetShape XMax XMin Cross XJoin XPart XStringTake "
+    "XStringDrop XQuantile XFlatten XExport XImport XInequality XPut GeneralConversion ShapeConversion";
+
+// Kinds that the walk leaves alone.
+const char kLeft[] =
+    "Parameterspec0 OutputParameter OutputSizeParameter XBreak XBlank XAll XVoidFunc XNull IntConst RealConst "
+    "StringConst ExactIntConst ExactRealConst Filename XPi XI XE XTrue XFalse Empty Comment Expression0 Symbol0";
+
+// Kinds with a test of their own, and abstract ones.
+const char kOther[] =
+    "NoAsynt SimpleFFE ComplexFFE Do IReduce ForAll Parameterspec1 InputParameter InputSizeParameter InOutParameter "
+    "ExternalDeclaration XSetDelayed Symbol Expression1 Symbol1 "
+    "Parameterspec Expression FullFormExpression CUnary CBinary Operator Unary Binary Variadic Constant "
+    "TypeConversion";
+
+// What is walked twice must come through as well: bodies are walked when they are read and when their code is made.
+TEST_F(Veritrans, EveryKind) {
+  const std::set<std::string> walks = words(kWalked), left = words(kLeft), other = words(kOther);
+  size_t seen = 0;
+  for (unsigned k = 0; k < kAsyntKinds; k++) {
+    const TreeKind& kind = Asynt_Schema.kinds[k];
+    if (other.count(kind.name)) continue;
+    tAsynt t = Asynt_New(k, kind.field_count);
+    if (walks.count(kind.name)) {
+      t = typed_tree(node_text(kind, "%Pi"));
+      EXPECT_EQ("", message_of([&] { Veri_trans_tree(&t); })) << kind.name;
+      EXPECT_EQ(tree_text(typed_tree(node_text(kind, "XPi"))), tree_text(t));
+      seen++;
+    } else if (left.count(kind.name)) {
+      EXPECT_EQ("", message_of([&] { Veri_trans_tree(&t); })) << kind.name;
+      EXPECT_EQ(k, t->yyKind);
+      seen++;
+    } else {
+      EXPECT_EQ(fatal(std::string("Bad tree in Veri_trans_tree. Node type: ") + kind.name),
+                message_of([&] { Veri_trans_tree(&t); }));
+    }
+  }
+  EXPECT_EQ(walks.size() + left.size(), seen);
+}
+
+TEST_F(Veritrans, KindsOfTheirOwn) {
+  const auto iterators = [] {
+    tAsynt pi = typed_tree("%Pi");
+    return mIterator1(mIterator(pi, CopyAsynt(pi), CopyAsynt(pi)), mIterator0());
+  };
+  const std::string one = "Iterator[XPi,XPi,XPi]";
+  tAsynt pi = typed_tree("%Pi");
+  EXPECT_EQ("Do[XPi,{" + one + "}]", walked(mDo(pi, iterators())));
+  EXPECT_EQ("Do[XPi," + one + "]", walked(mDo(pi, Iterator1_Iterator(iterators()))));
+  EXPECT_EQ("ForAll[XPi,{" + one + "},Empty]", walked(mForAll(pi, iterators(), mEmpty())));
+  EXPECT_EQ("IReduce[%Plus,XPi,{" + one + "},Empty]", walked(mIReduce(typed_tree("%Plus"), pi, iterators(), mEmpty())));
+  check(verified, {
+                      {"XSetDelayed[a,%Pi]", "XSet[a,XPi]"},
+                      {"XPlus[AlgAuxiliary[%Pi],a,AlgAuxiliary[b],%Pi,AlgAuxiliary[c]]", "XPlus[a,XPi]"},
+                      {"XPart[v,Blank[&],%Times[-1,i]]", "XPart[v:ArrayType[Real,{3}],XBlank,XMinus[i]]"},
+                      {"XPart[v,XAlternatives[Blank[&],XAlternatives[1,Blank[&]]]]",
+                       "XPart[v:ArrayType[Real,{3}],XAlternatives[XBlank,XAlternatives[1,XBlank]]]"},
+                      {"XPart[Blank[&],1]", fatal("Bad tree in Veri_trans_tree. Node type: Blank")},
+                      {"XPart[v,Blank[a]]", fatal("Bad tree in Veri_trans_tree. Node type: Blank")},
+                      {"%Pi", "XPi"},
+                      {"%Sin", "%Sin"},
+                  });
+  tAsynt names = mSymbol1(typed_tree("a"), mSymbol1(typed_tree("u"), mSymbol0()));
+  EXPECT_EQ("{a,u}" + error("Undefined (variable) symbol: u"), walked(names));
+}
+
+TEST_F(Veritrans, ParametersOfExternals) {
+  const auto external = [](tAsynt parameter) {
+    return walked(
+        mExternalDeclaration("", "", "C", mExternalFunctionReturns(), mParameterspec1(parameter, mParameterspec0())));
+  };
+  const std::string start = "ExternalDeclaration[\"\",\"\",\"C\",ExternalFunctionReturns,{";
+  const std::string undefined = error("Undefined (variable) symbol: u");
+  EXPECT_EQ(start + "InputParameter[u]}]" + undefined, external(mInputParameter(typed_tree("u"))));
+  EXPECT_EQ(start + "InOutParameter[u]}]" + undefined, external(mInOutParameter(typed_tree("u"))));
+  EXPECT_EQ(start + "OutputParameter[u]}]", external(mOutputParameter(typed_tree("u"))));
+  // A size without a type is an integer.
+  tAsynt size = mInputSizeParameter(typed_tree("u"), typed_tree("v"), typed_tree("%Plus[i,1]"));
+  EXPECT_EQ(start + "InputSizeParameter[u,v:ArrayType[Real,{3}],XPlus[i,1]]}]", external(size));
+  EXPECT_EQ("int", type_text(SymInfo_Type(Symbol_SymInfo(typed_tree("u")))));
+}
+
+TEST_F(Veritrans, StatementsCanBeRefused) {
+  for (const char* kind : {"XFor", "XWhile", "XWhich", "XBreak", "XModule", "XBlock", "XWith"}) {
+    ce = 1;
+    EXPECT_EQ(fatal(std::string("Bad tree in Veri_trans_tree. Node type: ") + kind), verified(kind));
+    ce = 0;
+  }
+}
+
+// ---- names
+
+TEST_F(Veritrans, UndefinedNames) {
+  const std::vector<Row> rows = {
+      {"u", "u" + error("Undefined (variable) symbol: u")},
+      {"Private`p", "Private`p" + error("Duplicate (variable) symbol, probably defined twice (e.g.inside and outside "
+                                        "package) in different sense: Private`p")},
+      {"XPlus[C`g[%Pi],%Pi]", "XPlus[C`g[%Pi],XPi]" + error("Undefined function symbol,  function not supported: C`g")},
+      {"C`f[%Pi][%Pi]", "(C`f[XPi])[XPi]"},
+  };
+  check(verified, rows);
+  // A name at no place is reported with the assignment that was passed last.
+  const std::string report = "   0,  0: Error       Undefined (variable) symbol: w\nLast assignment seen:\na=w\n";
+  tAsynt w = mSymbol(mAbsoluteSymbol(mNoType(), NoPosition, "w", mExpression0()));
+  EXPECT_EQ(
+      "XCompoundExpression[XSet[a,w]]" + report,
+      walked(mXCompoundExpression(mkNonConvPos(NoPosition),
+                                  mExpression1(mXSet(mkNonConvPos(NoPosition), typed_tree("a"), w), mExpression0()))));
+  allow_untyped = 1;
+  check(verified, {{"u", "u"}, {"C`g[%Pi]", "C`g[XPi]"}, {"C`g[%Pi][u]", "(C`g[XPi])[u]"}});
+  allow_untyped = 0;
+}
+
+tAsynt declaration;      // what the finder answers
+bool declares_function;  // and how
+
+TEST_F(Veritrans, NamesFoundInTheModel) {
+  Set_declaration_finder([](tAsynt, bool* was_funcall) {
+    *was_funcall = declares_function;
+    return declaration;
+  });
+  declaration = typed_tree("a");
+  declares_function = true;
+  check(verified, {{"u", "u"}, {"C`g[%Pi]", "C`g[%Pi]"}, {"C`g[%Pi]", "C`g[XPi]"}});  // found once, then walked
+  // Where nothing need be typed, an element is looked up as a whole.
+  declares_function = false;
+  declare_types("a:real g:none h:none i:int");
+  allow_untyped = 1;
+  check(verified, {{"g[i]", "<g[i]>"}, {"h[i][i]", "<(h[i])[i]>"}});
+  allow_untyped = 0;
+  declaration = typed_tree("a");
+  SymInfo_Type(Symbol_SymInfo(declaration)) = type_of_text("real_s[-1]");
+  EXPECT_EQ("<g:ArrayType_s[Real,{-1}][XPlus[i,1]]:ArrayType_s[Real,{-1}]>", verified("g[%Plus[i,1]]"));
+  Set_declaration_finder(nullptr);
+}
+
+TEST_F(Veritrans, MembersOfInstanceSets) {
+  check(verified,
+        {
+            {"m[%Plus[i,1]]", "<m:ArrayType_s[Real,{-1}][XPlus[i,1]]:ArrayType_s[Real,{-1}]>"},
+            {"%Plus[mi[i],1]", "XPlus[<mi_s[i]_s>,1]"},
+            // An array, but no member.
+            {"h[%Pi]", "h:ArrayType[Real,{-1}][XPi]" + error("One cannot use single brackets after local variable name "
+                                                             "(declared at the specified place) of array type : h")},
+        });
+}
+
+TEST_F(Veritrans, SizesInTypes) {
+  tAsynt x = typed_tree("v");
+  tAsynt& sizes = ArrayType_Dimensions(SymInfo_Type(Symbol_SymInfo(x)));
+  for (const char flag : {0, 1}) {
+    // Sizes may be undefined, unknown, and lead back to the symbol.
+    sizes = FullFormExpression_Args(typed_tree("C`f[u,%Plus[i,%Power[i,-1]],Blank[&],XDimensions[v]]"));
+    allow_untyped = flag;
+    EXPECT_EQ("", message_of([&] { Veri_trans_tree(&x); }));
+    EXPECT_EQ(flag, allow_untyped);
+    EXPECT_EQ("XPlus[i:Int,XDivide[1,i:Int]]", tree_text(Expression1_Expression(Expression1_Expressions(sizes))));
+  }
+  allow_untyped = 0;
+}
+
+// ---- behind the reader
+
+TEST_F(Veritrans, FullFormText) {
+  const std::string undefined = "   1,  6: Error       Undefined (variable) symbol: b\n";
+  check(read,
+        {
+            {"f[oz$Type[a, oz$Real]]",
+             "f[a]   1,  1: Error       Undefined function symbol,  function not "
+             "supported: f\n"},
+            {"Plus[b, 1]", "XPlus[b,1]" + undefined},
+            {"Times[-1, oz$Type[a, oz$Real], Power[a, -1], Power[Sin[a], -1]]", "XMinus[XDivide[a,XTimes[XSin[a],a]]]"},
+            {"Set[oz$Type[a[1], oz$Real], Plus[a[1], Pi]]", "XSet[<a[1]>,XPlus[<a[1]>,XPi]]"},
+            {"Part[oz$Type[x, oz$ArrayType[oz$Real, 3, 0]], 1, Blank]", "XPart[x:ArrayType[Real,{3,0}],1,XBlank]"},
+            {"Inequality[1, Less, Pi, Less, 4]", "XInequality[1,XLess[],XPi,XLess[],4]"},
+            {"Print[Derivative[1][oz$Type[a, oz$Real]]]", "XPrint[Deriv[1,a]]"},
+            {"CompoundExpression[If[True, Break, Null], While[False]]",
+             "XCompoundExpression[XIf[XTrue,XBreak,XNull],XWhile[XFalse,Empty]]"},
+            {"Sin[1, 2]", fatal("2 arguments to unary function Sin[1, 2].")},
+        });
+}
+
+// A component becomes a part; its index is an expression like all others.
+TEST_F(Veritrans, ComponentsInFullFormText) {
+  EXPECT_EQ("XPart[x,XDivide[2,i]]   1,  1: Error       Undefined (variable) symbol: x\n",
+            read("oz$x$C[Times[2, Power[oz$Type[i, oz$Int], -1]]]"));
+}
+
+TEST_F(Veritrans, DeepAndLongTrees) {
+  std::string deep, end, chain = "Inequality[0", sum = "Plus[0";
+  for (int i = 0; i < kMaxNesting; i++) {
+    deep += "Times[-1, ";
+    end += "]";
+  }
+  for (int i = 0; i < 20000; i++) {
+    chain += ", Less, 1";
+    sum += ", Times[-1, Power[2, -1]]";
+  }
+  deep += "Pi";
+  deep += end;
+  chain += "]";
+  sum += "]";
+  for (const std::string& text : {deep, chain, sum})
+    EXPECT_EQ("", message_of([&] {
+                ffscan_SetString(text.c_str());
+                ffscan_BeginFile("");
+                EXPECT_TRUE(AsyntMarksAreZero(ffparse(0)));
+              }));
+}
+
+}  // namespace
+}  // namespace oz
