@@ -10,7 +10,7 @@
 #include <sstream>
 
 #include "session.h"
-#include "tokens.h"
+#include "tokenio.h"
 
 using namespace algelink;
 

@@ -17,9 +17,9 @@
 #include <thread>
 #include <vector>
 
-#include "../../link/tokens.h"  // the scanner has a tokens.h too
 #include "algelink.h"
 #include "session.h"
+#include "tokenio.h"
 
 namespace {
 
