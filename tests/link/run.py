@@ -16,6 +16,7 @@ import subprocess
 import sys
 import tempfile
 import threading
+import time
 import unittest
 
 TOP = pathlib.Path(__file__).resolve().parents[2]
@@ -254,7 +255,7 @@ class LinkTest(unittest.TestCase):
         state = os.stat(log)
         self.assertEqual((state.st_mode & 0o777, state.st_size), (0o600, 0))
         self.assertEqual(self.peer(["connect", str(port)], "message terminate\nwait-end\n"), "end closed\n")
-        self.assertFalse(os.path.exists(log))
+        self.wait_until(lambda: not os.path.exists(log))
 
     def test_each_server_has_a_port_and_strangers_get_nowhere(self):
         one = self.server()
@@ -306,17 +307,21 @@ class LinkTest(unittest.TestCase):
         peer.wait()
         peer.stdin.close()
         peer.stdout.close()
-        self.wait_for_end(program_id)
+        self.wait_until(lambda: self.has_ended(program_id))
 
-    def wait_for_end(self, pid):
-        """The orphan ends by itself; a hanging one is what the time limit of the tests is for."""
-        while True:
-            try:
-                with open("/proc/%d/stat" % pid) as file:
-                    if file.read().rpartition(")")[2].split()[0] == "Z":
-                        return
-            except OSError:
-                return
+    def wait_until(self, condition):
+        """Waits for what a process does after its link has ended. The bound is for a hanging one."""
+        bound = time.monotonic() + 120
+        while not condition():
+            self.assertLess(time.monotonic(), bound)
+            time.sleep(0.01)
+
+    def has_ended(self, pid):
+        try:
+            with open("/proc/%d/stat" % pid) as file:
+                return file.read().rpartition(")")[2].split()[0] == "Z"
+        except OSError:
+            return True
 
 
 def main():
