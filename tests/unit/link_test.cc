@@ -19,6 +19,7 @@
 
 #include "../../link/tokens.h"  // the scanner has a tokens.h too
 #include "algelink.h"
+#include "linktokens.h"
 #include "session.h"
 
 namespace {
