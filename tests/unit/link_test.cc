@@ -17,7 +17,6 @@
 #include <thread>
 #include <vector>
 
-#include "../../link/tokens.h"  // the scanner has a tokens.h too
 #include "algelink.h"
 #include "linktokens.h"
 #include "session.h"
