@@ -1,10 +1,10 @@
-// Writing expressions. See tokenio.h.
+// Writing expressions. See linktokens.h.
 
 #include <algorithm>
 #include <cctype>
 #include <cstring>
 
-#include "tokenio.h"
+#include "linktokens.h"
 
 using namespace algelink;
 

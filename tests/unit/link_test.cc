@@ -19,8 +19,8 @@
 #include <vector>
 
 #include "algelink.h"
+#include "linktokens.h"
 #include "session.h"
-#include "tokenio.h"
 
 namespace {
 
