@@ -9,8 +9,8 @@
 
 #include "algelink.h"
 #include "frames.h"
-#include "linktokens.h"
 #include "session.h"
+#include "tokenio.h"
 
 namespace {
 

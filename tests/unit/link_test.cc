@@ -19,7 +19,6 @@
 #include <vector>
 
 #include "algelink.h"
-#include "linktokens.h"
 #include "session.h"
 
 namespace {
