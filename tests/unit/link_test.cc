@@ -20,6 +20,7 @@
 
 #include "algelink.h"
 #include "session.h"
+#include "tokenio.h"
 
 namespace {
 
