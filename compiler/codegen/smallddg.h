@@ -1,0 +1,34 @@
+// The dependence graph of a flat list of assignments: a node per symbol, an edge from each assigned symbol to each
+// symbol on its right side, and a sentinel at either end.
+//
+//   T1 = a + b; y = T1        top -> y -> T1 -> a, b -> bottom      an arrow leads from a node to its children
+#pragma once
+
+#include "Ddg.h"
+
+namespace oz {
+
+struct Index;
+
+// The sentinels: the parent of all nodes that nothing is computed from, the child of all that read nothing.
+extern tDdg Ddg_parent;
+extern tDdg Ddg_child;
+
+// Builds the graph of an expression list; it ends at the first element that assigns to no symbol. The number of nodes,
+// the sentinels not counted. Only what is connected with the last assignment is tied to the sentinels.
+int BuildDdg(tAsynt t);
+
+// The length of a list of nodes.
+int NrofNodes(tDdg nodes);
+
+// The node that was assigned last, null without any assignment; the node of a symbol, null if the list does not name
+// it.
+tDdg ddg_last_node();
+tDdg ddg_node_of(tAsynt symbol_information);
+
+// A map from pointers. The hint is the number of entries that a key is expected to have, at least 1.
+Index* ddg_make_index(int entry_size_hint);
+void ddg_create_entry(Index* index, const void* key, void* entry);
+void* ddg_lookup(const Index* index, const void* key);
+
+}  // namespace oz
