@@ -8,8 +8,6 @@
 
 namespace oz {
 
-struct Index;
-
 // The sentinels: the parent of all nodes that nothing is computed from, the child of all that read nothing.
 extern tDdg Ddg_parent;
 extern tDdg Ddg_child;
@@ -26,9 +24,12 @@ int NrofNodes(tDdg nodes);
 tDdg ddg_last_node();
 tDdg ddg_node_of(tAsynt symbol_information);
 
-// A map from pointers. The hint is the number of entries that a key is expected to have, at least 1.
-Index* ddg_make_index(int entry_size_hint);
-void ddg_create_entry(Index* index, const void* key, void* entry);
-void* ddg_lookup(const Index* index, const void* key);
+// A map from pointers. The hint is the number of entries that there is room for at a key, at least 1. No key is entered
+// twice; a lookup of a key that is not there gives null.
+struct Ddg_index;
+Ddg_index* ddg_make_index(int entry_size_hint);
+void ddg_create_entry(Ddg_index* index, const void* key, void* entry);
+void* ddg_lookup(const Ddg_index* index, const void* key);
+void ddg_delete_index(Ddg_index* index);
 
 }  // namespace oz
