@@ -37,8 +37,8 @@ namespace {
 tAsynt E0 = nullptr, S0 = nullptr;  // no expressions, no symbols
 tAsynt TimeVar = nullptr;
 tAsynt InVars = nullptr, OutVars = nullptr;
-tAsynt equation = nullptr;  // the one at work
-bool time_is_used = false;
+tAsynt equation = nullptr;   // the one at work
+string used_time = nullptr;  // the name under which time is used; null: it is not
 
 [[noreturn]] void routine_failed(const char* routine) {
   std::fprintf(stderr, "Error: module ode, routine %s failed\n", routine);
@@ -99,12 +99,12 @@ void remove_time_from_list(tAsynt list) {
     Remove_time2(&Expression1_Expression(list));
 }
 
-// The name in the symbol information changes, and with it all uses of it.
-void rename_time(tAsynt symbol) {
+// The name in the symbol information changes, and with it all uses of it. Only a plain name does.
+void use_time(tAsynt symbol) {
   const tAsynt si = Symbol_SymInfo(symbol);
-  if (Asynt_Kind(si) != kAbsoluteSymbol || Asynt_Kind(AbsoluteSymbol_Components(si)) != kExpression0) return;
-  NamedSymbol_Name(si) = "oz_x";
-  time_is_used = true;
+  if (Asynt_Kind(si) != kAbsoluteSymbol) return;
+  if (Asynt_Kind(AbsoluteSymbol_Components(si)) == kExpression0) NamedSymbol_Name(si) = "oz_x";
+  used_time = NamedSymbol_Name(si);
 }
 
 void remove_time_below(tAsynt t) {
@@ -146,7 +146,7 @@ void Remove_time2(tAsynt* t) {
     return;
   }
   remove_time_below(*t);
-  if (is_time(*t)) rename_time(*t);
+  if (is_time(*t)) use_time(*t);
 }
 
 void Remove_time(tAsynt exprs, tAsynt time) {
@@ -156,7 +156,7 @@ void Remove_time(tAsynt exprs, tAsynt time) {
     equation = Expression1_Expression(exprs);
     Remove_time2(&Expression1_Expression(exprs));
   }
-  if (time_is_used) warning_msg("oz_x is not set by the schedule");
+  if (used_time) warning_msg("%s is not set by the schedule", used_time);
 }
 
 // ---- derivatives
@@ -240,7 +240,7 @@ tAsynt Transform_diffeqs(tAsynt t, tAsynt* i, tAsynt* o) {
   const tAsynt equations = listed ? element_at(Variadic_Expressions(t), 0) : nullptr;
   const tAsynt time = listed ? element_at(Variadic_Expressions(t), 1) : nullptr;
   if (Asynt_Kind(equations) != kXList || Asynt_Kind(time) != kXList) routine_failed("Transform_diffeqs");
-  time_is_used = false;
+  used_time = nullptr;
   Remove_time(Variadic_Expressions(equations), Variadic_Expressions(time));
   Remove_deriv(Variadic_Expressions(equations));
   CheckAsynt(Variadic_Expressions(equations));
