@@ -10,6 +10,7 @@
 #include <strings.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
@@ -17,6 +18,7 @@
 #include <cstring>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "Asynt.h"
@@ -294,10 +296,31 @@ void write_rebuilt_list(tAsynt code) {
 
 std::vector<tDdg> graph_nodes;
 std::unordered_map<tDdg, size_t> graph_numbers;
+std::unordered_set<tDdg> tied_nodes;  // connected with the sentinels
 
 void number_node(tDdg node) {
-  if (Ddg_Kind(node) != kNode) return;
   if (graph_numbers.try_emplace(node, graph_nodes.size()).second) graph_nodes.push_back(node);
+}
+
+void note_tied(tDdg node) { tied_nodes.insert(node); }
+
+// What a node reads, in the order in which it was met.
+std::vector<tDdg> inputs_of(tDdg node) {
+  std::vector<tDdg> inputs;
+  for (tDdg c = Node_Children(node); Ddg_Kind(c) == kNode1; c = Node1_Nodes(c)) inputs.push_back(Node1_Node(c));
+  std::reverse(inputs.begin(), inputs.end());
+  return inputs;
+}
+
+// In the order of the list, each symbol where it is met first.
+void number_nodes(tAsynt list) {
+  number_node(Ddg_child);
+  for (; Asynt_Kind(list) == kExpression1; list = Expression1_Expressions(list)) {
+    const tDdg node = ddg_node_of(Symbol_SymInfo(Binary_LHS(Expression1_Expression(list))));
+    for (tDdg input : inputs_of(node)) number_node(input);
+    number_node(node);
+  }
+  number_node(Ddg_parent);
 }
 
 std::string quoted(const std::string& text) {
@@ -309,35 +332,27 @@ std::string quoted(const std::string& text) {
   return result + '"';
 }
 
-void write_node(size_t number, bool tied) {
+void write_node(size_t number) {
   const tDdg node = graph_nodes[number];
   const bool assigned = Asynt_Kind(Node_Op(node)) == kXSet;
   const std::string text = assigned ? text_of(Node_Op(node)) : unparse_string(mSymbol(Node_SymInfo(node)));
   const char* const shape = node == Ddg_parent || node == Ddg_child ? "point" : assigned ? "box" : "ellipse";
-  std::printf("  n%zu [label=%s, shape=%s%s];\n", number, quoted(text).c_str(), shape, tied ? "" : ", style=dashed");
+  std::printf("  n%zu [label=%s, shape=%s%s];\n", number, quoted(text).c_str(), shape,
+              tied_nodes.contains(node) ? "" : ", style=dashed");
 }
 
-// An arrow leads the way that a value goes.
-void write_edges(size_t number) {
-  std::vector<size_t> children;
-  for (tDdg c = Node_Children(graph_nodes[number]); Ddg_Kind(c) == kNode1; c = Node1_Nodes(c))
-    children.push_back(graph_numbers[Node1_Node(c)]);
-  for (size_t i = children.size(); i-- > 0;) std::printf("  n%zu -> n%zu;\n", children[i], number);
-}
-
-// What is not connected with the last assignment comes behind the rest, with dashed lines.
+// An arrow leads the way that a value goes. What is not connected with the last assignment, and so is not measured
+// either, has dashed lines.
 void write_graph(tAsynt list) {
   BuildDdg(list);
-  TraverseDdgTD(Ddg_child, number_node);
-  const size_t tied = graph_nodes.size();
-  for (tAsynt l = list; Asynt_Kind(l) == kExpression1; l = Expression1_Expressions(l)) {
-    const tDdg node = ddg_node_of(Symbol_SymInfo(Binary_LHS(Expression1_Expression(l))));
-    if (!graph_numbers.contains(node)) TraverseDdgTD(node, number_node);
-  }
-  std::fputs("digraph dependences {\n", stdout);
-  for (size_t i = 0; i < graph_nodes.size(); i++) write_node(i, i < tied);
-  for (size_t i = 0; i < graph_nodes.size(); i++) write_edges(i);
-  std::fputs("}\n", stdout);
+  TraverseDdgTD(Ddg_child, note_tied);
+  tied_nodes.insert(Ddg_parent);
+  number_nodes(list);
+  std::puts("digraph dependences {");
+  for (size_t i = 0; i < graph_nodes.size(); i++) write_node(i);
+  for (size_t i = 0; i < graph_nodes.size(); i++)
+    for (tDdg input : inputs_of(graph_nodes[i])) std::printf("  n%zu -> n%zu;\n", graph_numbers[input], i);
+  std::puts("}");
 }
 
 // ---- the products
