@@ -161,11 +161,15 @@ tAsynt items_of(tAsynt list) {
   return Asynt_Kind(list) == kXList ? Variadic_Expressions(list) : nullptr;
 }
 
+tAsynt first_of(tAsynt list) {
+  const tAsynt items = items_of(list);
+  return Asynt_Kind(items) == kExpression1 ? Expression1_Expression(items) : nullptr;
+}
+
 tAsynt time_variable(tAsynt system) {
   const tAsynt equations = items_of(system);
   const tAsynt rest = Asynt_Kind(equations) == kExpression1 ? Expression1_Expressions(equations) : nullptr;
-  const tAsynt time = Asynt_Kind(rest) == kExpression1 ? items_of(Expression1_Expression(rest)) : nullptr;
-  const tAsynt symbol = Asynt_Kind(time) == kExpression1 ? Expression1_Expression(time) : nullptr;
+  const tAsynt symbol = Asynt_Kind(rest) == kExpression1 ? first_of(Expression1_Expression(rest)) : nullptr;
   return Asynt_Kind(symbol) == kSymbol ? symbol : nullptr;
 }
 
@@ -188,14 +192,33 @@ char drop_time(tAsynt* t) {
   return Asynt_Kind(*t) != kSymbol;
 }
 
+[[noreturn]] void no_type(tAsynt symbol) {
+  std::fprintf(stderr, "ozpar: no type is known of '%s'\n", unparse_string(symbol));
+  std::exit(1);
+}
+
+std::unordered_set<tAsynt> applied;  // heads, which may be functions of elsewhere
+
+char need_types(tAsynt* t) {
+  if (Asynt_Kind(*t) == kSimpleFFE) applied.insert(SimpleFFE_Name(*t));
+  if (Asynt_Kind(*t) != kSymbol) return 1;
+  bool is_call = false;
+  if (Asynt_Kind(SymInfo_Type(Symbol_SymInfo(*t))) == kNoType && !applied.contains(*t) &&
+      !find_declaration(*t, &is_call))
+    no_type(*t);
+  return 0;
+}
+
 // A variable of a basic type cannot be applied, not even to time. So the unknowns lose their argument before types are
 // looked at; what else is applied to time is seen to when the derivatives are.
 tAsynt verified(tAsynt system) {
+  Begintype();
   time_symbol = time_variable(system);
   if (time_symbol) TraverseAsyntTD2(&system, drop_time);
   allow_untyped = 1;
   Veri_trans_tree(&system);
   allow_untyped = 0;
+  if (tAsynt equations = first_of(system); Asynt_Kind(equations) == kXList) TraverseAsyntTD2(&equations, need_types);
   return system;
 }
 
