@@ -83,12 +83,12 @@ class CrownedRoller(number, diameter, long, crown) inherits Roller(number, diame
     reserve := crown/long;
 end CrownedRoller;
 
-(* The cage turns at the mean speed of the two races. *)
+(* The cage turns at the mean speed of the two races. How the inner ring turns is told later, and so its type. *)
 class Cage(innerRing, outerRing)
   hide:
     share := innerRing`radius/(innerRing`radius + outerRing`radius);
   reveal:
-    real rotation[real at_] := share*innerRing`rotation[at];
+    rotation[at_] := share*innerRing`rotation[at];
 end Cage;
 
 instance outer inherits FixedRing(0.0425) end outer;

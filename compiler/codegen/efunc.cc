@@ -40,6 +40,7 @@ tIndex compilables = nullptr;
 tIndex instances = nullptr;
 tIndex alltypes = nullptr;
 tIndex deferred_decls = nullptr;
+tIndex generated_instances = nullptr;  // of the open file set
 
 size_t longest_key = 0;  // of compilables and alltypes
 
@@ -125,18 +126,23 @@ tAsynt without_common_subexpressions(tAsynt body) {
 // ---- variables
 
 // An entry list of the instances: where the instance starts in the package, its name, and for a set the names of its
-// indices and a flag. The last entry of a set goes: its declarations have been made once.
+// indices. A file set declares the variables of an instance once.
 void generate_instance(const tAsynt* entries, const char* key) {
+  if (!generated_instances) generated_instances = make_index(hash_table, 1);
+  if (!create_entry(generated_instances, entries[0], key)) return;
   const tAsynt name = entries[1];
-  const tAsynt index_names = name ? entries[2] : nullptr;
-  if (name) GenVarDecls(name, index_names, alltypes);
-  if (index_names) remove_from_entry(instances, key);
+  if (name) GenVarDecls(name, entries[2], alltypes);
 }
 
 void generate_all_instances() {
   if (!instances) return;
   Iter* keys = start_iter(instances);
   while (const tAsynt* entries = iter_next(keys)) generate_instance(entries, iter_key(keys));
+}
+
+void forget(tIndex* index) {
+  if (*index) delete_index(*index);
+  *index = nullptr;
 }
 
 // What declares a waiting variable: symbol information, or a definition. Null for what is neither.
@@ -161,6 +167,7 @@ void remember(tAsynt model, tIndex c, tIndex i) {
   ReAttribute(saved_model);
   model_name_text = GetModelName(saved_model);
   model_name = model_name_text.c_str();
+  forget(&generated_instances);
 }
 
 tAsynt find_compilable(const char* key) { return first_entry(compilables, key); }
@@ -259,8 +266,8 @@ void perform_global_vardecls() {
 }
 
 void purge_remembered_vardecls() {
-  if (deferred_decls) delete_index(deferred_decls);
-  deferred_decls = nullptr;
+  forget(&deferred_decls);
+  forget(&generated_instances);
 }
 
 }  // namespace oz

@@ -62,7 +62,7 @@ const char* vargen(const char* name);                      // an instance's vari
 // end of the file set, where each name is declared once.
 void remember_vardecl(tAsynt var);
 
-// Writes the declarations that wait; forgets them.
+// Writes the declarations that wait; forgets them and which instances have been generated.
 void perform_global_vardecls();
 void purge_remembered_vardecls();
 

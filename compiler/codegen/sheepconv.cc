@@ -85,13 +85,13 @@ constexpr int kMaxReductionNesting = 10;  // the code doubles with each level
 constexpr int kMaxRanges = 500;           // the code grows with the square
 
 // Whether a child of an expression is named by it rather than part of it.
-bool is_shared(tAsynt child) { return !child || Asynt_IsType(child, kSymInfo) || Asynt_IsType(child, kType); }
+bool is_shared(tAsynt child) { return Asynt_IsType(child, kSymInfo) || Asynt_IsType(child, kType); }
 
 // Another tree of the same expression, for a second place: what is rewritten in place is met in each. Symbol
 // information and types are not copied.
 tAsynt again(tAsynt t) {
   tAsynt result = t;
-  for (tAsynt* where = &result; !is_shared(*where);) {
+  for (tAsynt* where = &result; *where && !is_shared(*where);) {
     const tAsynt old = *where;
     const TreeKind& k = Asynt_Schema.kinds[Asynt_Kind(old)];
     const tAsynt copy = Asynt_New(Asynt_Kind(old), k.field_count);
@@ -111,7 +111,7 @@ tAsynt again(tAsynt t) {
 int reduction_depth(tAsynt t) {
   int depth = 0;
   int above = 0;
-  while (!is_shared(t)) {
+  while (t && !is_shared(t)) {
     above += Asynt_Kind(t) == kIReduce;
     const TreeKind& k = Asynt_Schema.kinds[Asynt_Kind(t)];
     for (int i = 0; i + 1 < k.child_count; i++) {

@@ -33,8 +33,9 @@ tAsynt more_dimensions(tAsynt dims) {
   return Is_cell(dims) ? Expression1_Expressions(dims) : IntConst1_IntConsts(dims);
 }
 
-// Sizes that are not known: 0, and -1 for the index of an instance set.
+// Sizes that are not known: 0, -1 for the index of an instance set, and the "_" of a declaration.
 bool is_unknown(tAsynt size) {
+  if (Asynt_IsType(size, kBlank) || Asynt_IsType(size, kXBlank)) return true;
   if (Asynt_IsType(size, kIntConst)) return IntConst_Val(size) == 0 || IntConst_Val(size) == -1;
   if (!Asynt_IsType(size, kExactIntConst)) return false;
   const char* digits = ExactIntConst_Val(size);

@@ -67,9 +67,6 @@ bool list_set(tAsynt t) {
 
 // ---- a scalar spread over an array
 
-// A conversion goes from and to a type or the dimensions of one.
-tAsynt dimensions_of(tAsynt shape) { return Is_array_type(shape) ? ArrayType_Dimensions(shape) : shape; }
-
 constexpr int kMaxLoops = 'Z' - 'I' + 1;
 
 // Opens a loop for each dimension that the value does not have, by the loop letters from I on; how many.
@@ -89,8 +86,8 @@ int open_loops(tAsynt dims, int n) {
 }
 
 void Funparse_shapeconv_set(tAsynt target, tAsynt conversion) {
-  const tAsynt to = dimensions_of(ShapeConversion_To(conversion));
-  const int n = CPgetDepth(to) - CPgetDepth(dimensions_of(ShapeConversion_From(conversion)));
+  const tAsynt to = ShapeConversion_To(conversion);
+  const int n = CPgetDepth(to) - CPgetDepth(ShapeConversion_From(conversion));
   if (n > kMaxLoops) sheepunp_abort("Funparse_shapeconv_set");
   const int loops = open_loops(to, n);
   foutput_indentation(0);

@@ -6,10 +6,11 @@
 #include "type.h"
 
 #include <cstdarg>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <unordered_map>
 #include <unordered_set>
+#include <vector>
 
 #include "Errors.h"
 #include "ozerrors.h"
@@ -51,7 +52,48 @@ std::string format_text(const char* fstr, va_list ap) {
 
 int memory_level = 0;           // calls of Begin_type_memory that are open
 unsigned long memory_turn = 0;  // how often everything was forgotten
-std::unordered_map<tAsynt, tAsynt> memory;
+
+// From nodes to their types: pairs in a table of a power of two, at most three quarters full, a free place behind the
+// one that the address leads to. What is entered is never taken out one by one.
+struct Type_table {
+  struct Pair {
+    tAsynt node, typ;
+  };
+  std::vector<Pair> pairs;
+  size_t used = 0;
+
+  // The places of a page of memory lie together, since nodes that were made together are asked for together.
+  size_t first_place(tAsynt node) const {
+    const uintptr_t address = reinterpret_cast<uintptr_t>(node);
+    const uintptr_t page = (address >> 12) * 0x9E3779B97F4A7C15u >> 32;
+    return ((address >> 4 & 0xFF) + (page << 8)) & (pairs.size() - 1);
+  }
+  Pair* place(tAsynt node) {
+    size_t i = first_place(node);
+    while (pairs[i].node && pairs[i].node != node) i = (i + 1) & (pairs.size() - 1);
+    return &pairs[i];
+  }
+  tAsynt find(tAsynt node) { return used > 0 ? place(node)->typ : nullptr; }
+  [[gnu::noinline]] void enter(tAsynt node, tAsynt typ) {
+    if (4 * (used + 1) > 3 * pairs.size()) grow();
+    Pair* pair = place(node);
+    if (!pair->node) used++;
+    *pair = {node, typ};
+  }
+  [[gnu::noinline]] void grow() {
+    std::vector<Pair> old(pairs.empty() ? 64 : 2 * pairs.size());
+    old.swap(pairs);
+    for (const Pair& pair : old)
+      if (pair.node) *place(pair.node) = pair;
+  }
+  // No dearer than what was entered since the last time.
+  void clear() {
+    if (used > 0) pairs.clear();
+    if (used > 1000) pairs.shrink_to_fit();
+    used = 0;
+  }
+};
+Type_table memory;
 
 }  // namespace
 
@@ -502,13 +544,12 @@ bool memory_is_on(tAsynt t) {
 
 tAsynt remembered_type(tAsynt* t) {
   const tAsynt node = *t;
-  const auto it = memory.find(node);
   // Whoever gets a NoType may count on its being his own.
-  if (it != memory.end()) return Asynt_Kind(it->second) == kNoType ? mNoType() : it->second;
+  if (const tAsynt known = memory.find(node)) return Asynt_Kind(known) == kNoType ? mNoType() : known;
   const unsigned long reports_before = reports;
   const unsigned long turn_before = memory_turn;
   const tAsynt typ = type_or_refusal(t);
-  if (reports == reports_before && memory_turn == turn_before) memory.emplace(node, typ);
+  if (reports == reports_before && memory_turn == turn_before) memory.enter(node, typ);
   return typ;
 }
 
@@ -524,7 +565,7 @@ void End_type_memory() {
 
 void Forget_types() {
   memory_turn++;
-  if (!memory.empty()) memory.clear();
+  memory.clear();
 }
 
 // ---- the entry points

@@ -1,8 +1,10 @@
 // The entry: a command-line compiler with -s, else a program that the host starts over the link.
 
+#include "Errors.h"
 #include "System.h"
+#include "alink.h"
 #include "oz.h"
-#include "ozerrors.h"
+#include "server.h"
 
 #ifdef OZ_SANITIZE
 #include <sys/resource.h>
@@ -28,6 +30,7 @@ void enlarge_stack() {}
 int main(int argc, char** argv) {
   enlarge_stack();
   oz::BEGIN_System();
-  if (oz::installed_by_alg(argc, argv)) oz::die_msg("This build serves no link: start it with -s and a model file");
-  return oz::standalone_main(argc, argv);
+  if (!oz::installed_by_alg(argc, argv)) return oz::standalone_main(argc, argv);
+  oz::Errors_Exit = oz::last_exit_proc;
+  return oz::ALMain(argc, argv);
 }

@@ -28,6 +28,7 @@
 #include "pompout.h"
 #include "progress.h"
 #include "scan.h"
+#include "server.h"
 #include "sheepout.h"
 #include "unparse.h"
 #include "unroll.h"
@@ -252,7 +253,7 @@ int compile_model(int argc, char** argv) {
   }
   close_files();
   if (!done) return kFileStatus;
-  if (o.daemon_flag) die_msg("This build serves no link: -d cannot be used");
+  if (o.daemon_flag) return do_fork(o.output_file_name);
   close_standard_stream(stderr, STDERR_FILENO);
   return kDone;
 }

@@ -266,20 +266,31 @@ TEST_F(Commands, FunctionsAreFoundByTheirNames) {
   EXPECT_TRUE(contains(message_of([] { al_generate_function("Hold[]", 0); }), "Premature EOF"));
 }
 
-TEST_F(Commands, VariablesAreDeclaredOnce) {
+// An instance once in a file set, and again in the next one.
+TEST_F(Commands, InstancesAreDeclaredOnce) {
   ASSERT_EQ("OK", compile(kModel));
-  ASSERT_EQ("OK", open("C++", "s"));
-  for (int time = 0; time < 2; time++)
-    for (const char* name : {"Hold[M`g]", "Hold[M`w]", "Hold[p]", "Hold[M`p]", "Hold[]"})
-      EXPECT_STREQ("OK", al_generate_variable(name)) << name;
-  EXPECT_STREQ("Variable not found: M`no", al_generate_variable("Hold[M`no]"));
-  EXPECT_STREQ("OK", al_close_file());
-  const std::string text = of("s.cc");
-  for (const char* once : {"double M_Tg", "M_Tw(2)", "double p_Tmass"}) {
-    const size_t at = text.find(once);
-    ASSERT_NE(std::string::npos, at) << once << text;
-    EXPECT_EQ(std::string::npos, text.find(once, at + 1)) << once;
-  }
+  const struct {
+    const char* lang;
+    const char* file;
+    std::vector<const char*> once;
+  } kCases[] = {{"C++", "s.cc", {"double M_Tg", "M_Tw(2)", "double p_Tmass", "q_Tmass(0)"}},
+                {"Fortran90", "s.f90", {"end subroutine q_set_range", "  real(zc_real) mass\n"}}};
+  for (const auto& c : kCases)
+    for (int set = 0; set < 3; set++) {
+      ASSERT_EQ("OK", open(c.lang, "s"));
+      EXPECT_STREQ("OK", al_generate_variable("Hold[M`g]"));
+      EXPECT_STREQ("OK", al_generate_variable("Hold[M`w]"));
+      for (const char* name : {"Hold[p]", "Hold[M`p]", "Hold[]", "Hold[q]", "Hold[]"})
+        EXPECT_STREQ("OK", al_generate_variable(name)) << name;
+      EXPECT_STREQ("Variable not found: M`no", al_generate_variable("Hold[M`no]"));
+      EXPECT_STREQ("OK", al_close_file());
+      const std::string text = of(c.file);
+      for (const char* once : c.once) {
+        const size_t at = text.find(once);
+        ASSERT_NE(std::string::npos, at) << once << text;
+        EXPECT_EQ(std::string::npos, text.find(once, at + 1)) << once << text;
+      }
+    }
 }
 
 TEST_F(Commands, LongNames) {

@@ -6,13 +6,19 @@
 #include <string>
 #include <vector>
 
+#include "efunc.h"
 #include "fatal_text.h"
+#include "ffparse.h"
+#include "ffscan.h"
 #include "flatten.h"
 #include "model_text.h"
 #include "name.h"
+#include "output_stream.h"
 #include "oz.h"
 #include "ozt.h"
+#include "sheepout.h"
 #include "tree_text.h"
+#include "type.h"
 #include "type_text.h"
 #include "unroll.h"
 
@@ -200,6 +206,11 @@ TEST_F(Dig, Names) {
     EXPECT_EQ("Error: module dig, routine GetName failed\n", message_of([&] { GetName(typed_tree(head)); }));
   EXPECT_EQ("   0,  0: Fatal       GetModelName: no model\n", message_of([] { GetModelName(nullptr); }));
   EXPECT_STREQ("M", GetModelName(parsed("")));
+  tIndex names = make_index(linked_list, 1);
+  for (const char* name : {"a", "b"}) create_entry(names, mEmpty(), name);
+  testing::internal::CaptureStdout();
+  printkeys(names);
+  EXPECT_EQ("b\na\n", testing::internal::GetCapturedStdout());
 }
 
 // What belongs to an instance is what its name qualifies wholly, in the order of the index.
@@ -250,6 +261,156 @@ TEST_F(Dig, IndicesOfSets) {
   }
   EXPECT_FALSE(VerifyDyns(mEmpty(), 0));
   EXPECT_EQ("Error: module dig, routine CountDynBrackets failed\n", message_of([] { CountDynBrackets(mSymbol0()); }));
+}
+
+// ---- the kept model
+
+struct DigKept : Dig {
+  tAsynt model = nullptr;
+  tIndex variables = nullptr;
+
+  void keep(const std::string& text) {
+    Begintype();
+    model = flat(text);
+    FixNests(model);
+    tIndex functions = GetCompilables(model);
+    remember(model, functions, instances);
+    variables = GetVarTypes(model, functions);
+  }
+};
+
+// An attribute of a variable: its entries in quotes; "no index" where the type has no attributes at all.
+std::string attribute(const char* name, const char* attr) {
+  const tAsynt typ = SymInfo_Type(Symbol_SymInfo(find_alltypes(name)));
+  const tAsynt base = Asynt_IsType(typ, kArrayType) ? ArrayType_BasicType(typ) : typ;
+  if (!BasicType_attributes(base)) return "no index";
+  std::string text;
+  for (tAsynt* p = lookup(BasicType_attributes(base), attr); p && *p; p++) text += unparse_string(*p);
+  return text;
+}
+
+TEST_F(DigKept, Attributes) {
+  const struct {
+    const char* model;
+    const char* name;
+    const char* unit;
+  } rows[] = {
+      {"real x; y := SetAttr[x, \"unit\", \"m\"];", "M`x", "\"m\""},
+      {"real x with unit = \"m\"; y := {SetAttr[x, \"unit\", \"km\"], SetAttr[x, \"unit\", \"cm\"]};", "M`x", "\"cm\""},
+      {"real x with unit = \"m\"; y := DelAttr[x, \"unit\"];", "M`x", ""},
+      {"real x; y := DelAttr[x, \"unit\"];", "M`x", ""},
+      {"int array[3] v; y := SetAttr[v, \"unit\", 1];", "M`v", "1"},
+      {"real a[1]; y := SetAttr[a[1], \"unit\", \"m\"];", "M`a[1]", "\"m\""},
+      {"class C reveal: real x; y := SetAttr[x, \"unit\", \"m\"]; end; instance s[i] inherits C end;", "s`x", "\"m\""},
+      // Not of the form: too few or too many arguments, no name of an attribute, another head.
+      {"real x; y := {SetAttr[x, \"unit\"], SetAttr[x, unit, 1], DelAttr[x], DelAttr[x, \"unit\", 1], Attr[x, "
+       "\"unit\", "
+       "1], SetAttr[x, \"unit\", 1, 2]};",
+       "M`x", "no index"},
+  };
+  for (const auto& row : rows) {
+    keep(row.model);
+    EXPECT_EQ(row.unit, attribute(row.name, "unit")) << row.model;
+  }
+  const struct {
+    const char* model;
+    const char* message;
+  } failures[] = {
+      {"y := SetAttr[x, \"unit\", \"m\"];", "Reattribution error, cannot find x"},
+      {"real f[real x_] := x; y := DelAttr[f, \"unit\"];", "Reattribution error, cannot find M`f"},
+      {"{real, int} t; y := SetAttr[t, \"unit\", \"m\"];", "Failed to change attribute for M`t\n"},
+  };
+  for (const auto& row : failures)
+    EXPECT_EQ(std::string("   0,  0: Fatal       ") + row.message + "\n", message_of([&] { keep(row.model); }));
+}
+
+TEST_F(DigKept, External) {
+  keep(
+      "real load := externinfo \"l\" \"L`\" \"C\" variable(Output load); real x; real g[real x_] := x;"
+      "real f[real x_] := externinfo \"l\" \"L`\" \"C\" function(Input x); real h[real x_] := extern \"C\"; y := "
+      "{load, x, unknown};");
+  const struct {
+    const char* name;
+    bool external;
+  } rows[] = {{"load", true}, {"f", true}, {"h", true}, {"x", false}, {"g", false}, {"unknown", false}};
+  for (const auto& row : rows) {
+    const tAsynt name =
+        mAbsoluteSymbol(mNoType(), NoPosition, row.name, mExpression1(Model_Name(parsed("")), mExpression0()));
+    EXPECT_EQ(row.external, IsExternal(name)) << row.name;
+    EXPECT_FALSE(IsExternal(mSymbol(name)));
+  }
+}
+
+// Each name without a type is read as a name of the model. What the model does not know is reported by the reader and
+// stays without a type.
+TEST_F(DigKept, NamesOfTheModelInAText) {
+  keep("real x; real array[3] v; real f[real y_] := y;");
+  const struct {
+    const char* text;
+    const char* types;
+    const char* messages;
+  } rows[] = {{"g[x, f[v], x]", "f = real; g = none; v = real[3]; x = real",
+               "   1,  1: Error       Undefined (variable) symbol: M`g\n"},
+              {"a[oz$Type[z, oz$Real], 2]", "a = none", "   1,  1: Error       Undefined (variable) symbol: M`a\n"}};
+  for (const auto& row : rows) {
+    ffscan_SetString(row.text);
+    ffscan_BeginFile("");
+    const tAsynt body = ffparse(1);
+    std::string types;
+    EXPECT_EQ(row.messages, message_of([&] { types = entries(GetExternalFuncTypes(body), type_of_entry); }));
+    EXPECT_EQ(row.types, types) << row.text;
+    EXPECT_TRUE(AsyntMarksAreZero(body));
+  }
+}
+
+// The routine that makes room for a set's variables, on both files. Its name is renamed where it is defined; the
+// dimensions of the set stand in front. An instance that is no set has its variables declared alone.
+TEST_F(DigKept, DeclarationsOfInstances) {
+  keep(
+      "class C reveal: real x; real array[3] v; real f[real y_] := y; end; instance a inherits C end;"
+      "instance s[i,j] inherits C end;");
+  OutputStream f90, i_f90;
+  foutput_file = f90.f;
+  foutput_i_file = i_f90.f;
+  finit_output();
+  fout_set(fout_implementation);
+  f_module_name = "zc_M";
+  const auto declared = [&](const char* name, Language language) {
+    genlang = language;
+    tAsynt* entry = lookup(instances, name);
+    return f90.added([&] { GenVarDecls(entry[1], entry[2], variables); });
+  };
+  EXPECT_EQ("", declared("s", cplusplus));
+  EXPECT_EQ("", i_f90.str());
+  EXPECT_EQ("real(zc_real) v(3)\nreal(zc_real) x\n", declared("a", fortran90));
+  EXPECT_EQ("", i_f90.str());
+  EXPECT_EQ(
+      "subroutine s_set_range (oz_Li_R,oz_Lj_R)\n"
+      "  use zc_M, oz_this_s => s_set_range\n"
+      "  implicit none\n"
+      "  integer(zc_int), intent(in) :: oz_Li_R\n"
+      "  integer(zc_int), intent(in) :: oz_Lj_R\n"
+      "  allocate (v(oz_Li_R,oz_Lj_R,3))\n"
+      "  allocate (x(oz_Li_R,oz_Lj_R))\n"
+      "end subroutine s_set_range\n\n"
+      "real(zc_real), pointer :: v(:,:,:)\n"
+      "real(zc_real), pointer :: x(:,:)\n",
+      declared("s", fortran90));
+  EXPECT_EQ(
+      "interface\n"
+      "  subroutine s_set_range (oz_Li_R,oz_Lj_R)\n"
+      "    use oz_precision\n"
+      "    implicit none\n"
+      "    integer(zc_int), intent(in) :: oz_Li_R\n"
+      "    integer(zc_int), intent(in) :: oz_Lj_R\n"
+      "  end subroutine s_set_range\n"
+      "end interface\n\n",
+      i_f90.str());
+  EXPECT_EQ("real(zc_real), target, allocatable, save :: oz_v(:,:)\n",
+            f90.added([&] { Gen_array_decl(find_alltypes("s`v")); }));
+  purge_remembered_vardecls();
+  foutput_file = foutput_i_file = nullptr;
+  genlang = none;
 }
 
 }  // namespace

@@ -7,11 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
-#include <random>
-#include <set>
 #include <string>
-#include <vector>
 
 #include "fatal_text.h"
 #include "operator_name.h"
@@ -110,84 +108,6 @@ TEST_F(IfTest, WorkedExamples) {
       {"T2 = XIf[c,T1,a]; y = XPlus[T1,T2]", "If[c, T2=T1, T2=a]; y=T1+T2"},
   };
   for (const auto& row : rows) EXPECT_EQ(row.code, rewritten(row.list)) << row.list;
-}
-
-// ---- random lists against the definition, with a set for each temporary
-
-struct Temporary {
-  std::string value, yes, no;  // value alone, or a conditional
-  std::vector<unsigned> plain, then_needs, else_needs;
-};
-
-struct Reference {
-  std::vector<Temporary> temporaries{1};
-  std::string list, assignments;
-
-  using Set = std::set<unsigned>;
-
-  Set all_needed(const std::vector<unsigned>& numbers) const {
-    Set all;
-    for (unsigned n : numbers) all.merge(needed(n));
-    return all;
-  }
-  Set needed(unsigned n) const {
-    Set all = all_needed(temporaries[n].plain);
-    all.insert(n);
-    const Set no = all_needed(temporaries[n].else_needs);
-    for (unsigned i : all_needed(temporaries[n].then_needs))
-      if (no.count(i)) all.insert(i);
-    return all;
-  }
-  std::string code(const std::vector<unsigned>& needs, Set visible, const std::string& last) const {
-    std::string text;
-    Set mine;
-    for (unsigned n : all_needed(needs))
-      if (visible.insert(n).second) mine.insert(n);
-    for (unsigned n : mine) {
-      const Temporary& t = temporaries[n];
-      const std::string set = "T" + std::to_string(n) + "=";
-      text += t.yes.empty() ? set + t.value
-                            : "If[c, " + code(t.then_needs, visible, set + t.yes) + ", " +
-                                  code(t.else_needs, visible, set + t.no) + "]";
-      text += "; ";
-    }
-    return text + last;
-  }
-};
-
-TEST_F(IfTest, RandomListsFollowTheDefinition) {
-  static std::mt19937 random(7);
-  for (int round = 0; round < 200; round++) {
-    Reference r;
-    std::vector<unsigned> used;
-    auto operand = [&]() -> std::string {
-      const unsigned n = static_cast<unsigned>(random() % r.temporaries.size());
-      if (n == 0) return "a";
-      used.push_back(n);
-      return "T" + std::to_string(n);
-    };
-    auto take_used = [&] { return std::exchange(used, {}); };
-    const unsigned count = 1 + random() % 9;
-    for (unsigned n = 1; n <= count; n++) {
-      Temporary t;
-      const bool conditional = random() % 2;
-      const std::string first = operand();
-      (conditional ? t.then_needs : t.plain) = take_used();
-      const std::string second = operand();
-      std::vector<unsigned> more = take_used();
-      if (conditional) {
-        t.yes = first, t.no = second, t.else_needs = more;
-      } else {
-        t.value = first + "+" + second;
-        t.plain.insert(t.plain.end(), more.begin(), more.end());
-      }
-      r.list += "T" + std::to_string(n) + (conditional ? " = XIf[c," : " = XPlus[") + first + "," + second + "]; ";
-      r.temporaries.push_back(t);
-    }
-    const std::string first = operand(), second = operand();
-    const std::string list = r.list + "y = " + first + "; z = " + second;
-    EXPECT_EQ(r.code(used, {}, "y=" + first + "; z=" + second), rewritten(list)) << list;
-  }
 }
 
 // ---- large lists

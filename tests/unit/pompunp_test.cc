@@ -6,9 +6,10 @@
 #include <vector>
 
 #include "fatal_text.h"
-#include "oz.h"
+#include "nesting.h"
 #include "operator_name.h"
 #include "output_stream.h"
+#include "oz.h"
 #include "type.h"
 #include "type_text.h"
 #include "unparse.h"
@@ -55,8 +56,8 @@ struct PompUnp : testing::Test {
   void expect_texts(void (*write)(tAsynt), const Rows& rows) {
     for (const Row& row : rows) {
       std::string report;
-      EXPECT_EQ(row.expected,
-                written([&] { report = message_of([&] { write(typed_tree(row.input)); }); })) << row.input;
+      EXPECT_EQ(row.expected, written([&] { report = message_of([&] { write(typed_tree(row.input)); }); }))
+          << row.input;
       EXPECT_EQ("", report) << row.input;
     }
   }
@@ -110,10 +111,8 @@ TEST_F(PompUnp, Leaves) {
 }
 
 TEST_F(PompUnp, Calls) {
-  expect_values({{"C`f[x,i]", "f (x, i)"},
-                 {"C`f[]", "f ()"},
-                 {"C`f[x][y]", "f (x) (y)"},
-                 {"XN[C`f[XPlus[x,y]]]", "f (x+y)"}});
+  expect_values(
+      {{"C`f[x,i]", "f (x, i)"}, {"C`f[]", "f ()"}, {"C`f[x][y]", "f (x) (y)"}, {"XN[C`f[XPlus[x,y]]]", "f (x+y)"}});
   expect_reports(CPunparseVal, "C`g[x]", "",
                  "The function returns multiple values is called in expression. Write a separate statement instead.");
 }
@@ -171,9 +170,9 @@ TEST_F(PompUnp, FunctionsOfOneArgument) {
                  {"XConjugate[z]", "conjugate(z)"},
                  {"XConjugate[x]", "x"}});
   // The rest of those that go by their kind's own name has no type.
-  for (const char* kind : {"XFactorial", "XFactorial2", "XUnset", "XLambda", "XRepeated", "XRepeatedNull", "XIncrement",
-                           "XDecrement", "XPreIncrement", "XPreDecrement", "XFunction", "XStringReverse",
-                           "XGenCodeString"})
+  for (const char* kind :
+       {"XFactorial", "XFactorial2", "XUnset", "XLambda", "XRepeated", "XRepeatedNull", "XIncrement", "XDecrement",
+        "XPreIncrement", "XPreDecrement", "XFunction", "XStringReverse", "XGenCodeString"})
     expect_reports(CPunparseVal, (std::string(kind) + "[x]").c_str(), std::string(kind) + "(x)", kind);
 }
 
@@ -320,11 +319,9 @@ TEST_F(PompUnp, ArrayOperations) {
                  {"XDimensions[v]", "make_lumenN(1,v.dimension(1))"},
                  {"XDimensions[m]", "make_lumenN(2,m.dimension(1),m.dimension(2))"},
                  {"XDimensions[t]", "make_lumenN(3,t.dimension(1),t.dimension(2) ,t.dimension(3))"},
-                 {"XDimensions[h]",
-                  "make_lumenN(4,h.dimension(1),h.dimension(2) ,h.dimension(3) ,h.dimension(4))"}});
+                 {"XDimensions[h]", "make_lumenN(4,h.dimension(1),h.dimension(2) ,h.dimension(3) ,h.dimension(4))"}});
   expect_reports(CPunparseVal, "XFlatten[m,-1]", "/*-1---1*/", "invalid 2nd argument to Flatten");
-  expect_reports(CPunparseVal, "XDimensions[h5]", "",
-                 "Dimension[] must be given an argument of  array type ");
+  expect_reports(CPunparseVal, "XDimensions[h5]", "", "Dimension[] must be given an argument of  array type ");
   expect_reports(CPunparseVal, "XDimensions[m,2]", "", "Dimension[] with two parameters not implemented");
   expect_reports(CPunparseVal, "XDimensions[x]",
                  "make_lumenN(4,x.dimension(1),x.dimension(2),x.dimension(3),x.dimension(4)) ",
@@ -332,7 +329,7 @@ TEST_F(PompUnp, ArrayOperations) {
   const char kNoValue[] =
       "An expression returning a single value is expected where a complete statement is detected. Can't perform "
       "CPunparseVal to generate code for  node type: \"";
-  expect_reports(CPunparseVal, "XWhile[c,x]", "", "XWhile\",  statement \"While[c, x]\" ");
+  expect_reports(CPunparseVal, "XWhile[c,x]", "", "XWhile\",  statement \" XWhile[args...] \" ");
   for (const char* input : {"XQuantile[v]", "XFlatten[m,1,1]", "XImport[s]", "XDimensions[]", "XMap[x,y]"})
     expect_reports(CPunparseVal, input, "", kNoValue);
   expect_reports(CPunparseVal, "XJoin[v]", "Join(v,", kNoValue);
@@ -372,7 +369,8 @@ TEST_F(PompUnp, Lists) {
   EXPECT_EQ(text, written([&] { CPunparseVal(hundred); }));  // the list is still there
   std::string report;
   EXPECT_EQ("", written([&] { report = reported([&] { CPunparseVal(ones(101)); }); }));
-  EXPECT_TRUE(contains(report, "Expression in {...} should not have more than 100 elements. Use intermediate variable."));
+  EXPECT_TRUE(
+      contains(report, "Expression in {...} should not have more than 100 elements. Use intermediate variable."));
 }
 
 TEST_F(PompUnp, Parts) {
@@ -390,7 +388,6 @@ TEST_F(PompUnp, Parts) {
                  {"XPart[XDimensions[XPlus[m,m]],i]", "(m+m).dimension(i)"}});
 }
 
-// Twelve digits that differ from their neighbours show which function it is.
 TEST_F(PompUnp, Folding) {
   expect_values({{"XPlus[2,3]", "5"},
                  {"XPlus[2.0,3]", real("5")},
@@ -410,23 +407,40 @@ TEST_F(PompUnp, Folding) {
                  {"XN[2]", real("2")},
                  {"XSin[XPi]", real("1.224646799147353e-16")},
                  {"XLog[XE]", real("1")},
-                 {"XSech[0.5]", real("3.762195691083631")},  // cosh(2)
-                 {"XSin[ArcTan2[3,4]]", real("0.8")},        // the angle of (3, 4)
+                 {"XSech[0.5]", real("3.762195691083631")},         // cosh(2)
+                 {"XN[ArcTan2[-1,0]]", real("3.141592653589793")},  // the angle of (-1, 0)
                  {"XN[XMinus[1.5]]", real("-1.5")},
                  {"XPlus[XTimes[0.1,3],XSubtract[0.3,0.1]]", real("0.5")},
                  {"ArcTan2[3,4]", "atan2(4, 3)"}});
   const struct {
     const char* kind;
     double at_half;
-  } functions[] = {{"XSin", 0.479425538604203},    {"XArcSin", 0.5235987755982989},   {"XSinh", 0.5210953054937474},
-                   {"XArcSinh", 0.4812118250596035}, {"XCos", 0.8775825618903728},    {"XArcCos", 1.047197551196598},
-                   {"XCosh", 1.127625965206381},   {"XArcCosh", std::nan("")},        {"XTan", 0.5463024898437905},
-                   {"XArcTan", 0.4636476090008061}, {"XTanh", 0.46211715726001},      {"XArcTanh", 0.5493061443340548},
-                   {"XExp", 1.648721270700128},    {"XLog", -0.6931471805599453},     {"XSqrt", 0.7071067811865476},
-                   {"XCot", 1.830487721712452},    {"XCoth", 2.163953413738653},      {"XSec", 1.139493927324549},
-                   {"XCsc", 2.085829642933488},    {"XCsch", 1.919034751334944},      {"XArcCot", 1.107148717794090},
-                   {"XSech", 3.762195691083631},   {"XArcCoth", std::nan("")},        {"XFloor", 0},
-                   {"XCeiling", 1},                {"XRound", 0}};
+  } functions[] = {{"XSin", 0.479425538604203},
+                   {"XArcSin", 0.5235987755982989},
+                   {"XSinh", 0.5210953054937474},
+                   {"XArcSinh", 0.4812118250596035},
+                   {"XCos", 0.8775825618903728},
+                   {"XArcCos", 1.047197551196598},
+                   {"XCosh", 1.127625965206381},
+                   {"XArcCosh", std::nan("")},
+                   {"XTan", 0.5463024898437905},
+                   {"XArcTan", 0.4636476090008061},
+                   {"XTanh", 0.46211715726001},
+                   {"XArcTanh", 0.5493061443340548},
+                   {"XExp", 1.648721270700128},
+                   {"XLog", -0.6931471805599453},
+                   {"XSqrt", 0.7071067811865476},
+                   {"XCot", 1.830487721712452},
+                   {"XCoth", 2.163953413738653},
+                   {"XSec", 1.139493927324549},
+                   {"XCsc", 2.085829642933488},
+                   {"XCsch", 1.919034751334944},
+                   {"XArcCot", 1.107148717794090},
+                   {"XSech", 3.762195691083631},
+                   {"XArcCoth", std::nan("")},
+                   {"XFloor", 0},
+                   {"XCeiling", 1},
+                   {"XRound", 0}};
   for (const auto& f : functions) {
     const double result = CPevaluate(typed_tree(std::string(f.kind) + "[0.5]"));
     if (std::isnan(f.at_half))
@@ -443,13 +457,16 @@ TEST_F(PompUnp, Folding) {
 
 // Each level would be looked through from every level above it.
 TEST_F(PompUnp, DeepExpressions) {
+  constexpr size_t kLevels = kMaxNesting / 2;
   tAsynt t = typed_tree("x");
-  std::string expected = "x";
-  for (int i = 0; i < 1500; i++) {
-    const tAsynt product = mXTimes(mkNonConvPos(NoPosition), mExpression1(mIntConst(2), mExpression1(t, mExpression0())));
+  std::string expected = "1+2*";
+  for (size_t i = 0; i < kLevels; i++) {
+    const tAsynt product =
+        mXTimes(mkNonConvPos(NoPosition), mExpression1(mIntConst(2), mExpression1(t, mExpression0())));
     t = mXPlus(mkNonConvPos(NoPosition), mExpression1(mIntConst(1), mExpression1(product, mExpression0())));
-    expected = i == 0 ? "1+2*" + expected : "1+2*(" + expected + ")";
+    if (i > 0) expected += "(1+2*";
   }
+  expected += "x" + std::string(kLevels - 1, ')');
   std::string text = written([&] { CPunparseVal(t); });
   std::erase_if(text, [](char c) { return c == ' ' || c == '\n'; });
   EXPECT_EQ(expected, text);
@@ -477,8 +494,7 @@ TEST_F(PompUnp, ControlFlow) {
        {"XIf[c,XSet[x,1],XIf[d,XSet[x,2],&]]", "if (c)\n{\n    x = 1;\n}\nelse if (d)\n{\n    x = 2;\n}"},
        {"XIf[c,XSet[x,1],XIf[d,XSet[x,2],XSet[x,3]]]",
         "if (c)\n{\n    x = 1;\n}\nelse if (d)\n{\n    x = 2;\n}\nelse\n{\n    x = 3;\n}"},
-       {"XIf[c,XIf[d,C`f[x],&],C`f[y]]",
-        "if (c)\n{\n    if (d)\n    {\nf (x);\n    }\n}\nelse\n{\n    f (y);\n}"},
+       {"XIf[c,XIf[d,C`f[x],&],C`f[y]]", "if (c)\n{\n    if (d)\n    {\nf (x);\n    }\n}\nelse\n{\n    f (y);\n}"},
        {"XWhich[c,XSet[x,1],d,XSet[x,2]]", "if (c)\n{\n    x = 1;}\nelse if (d)\n{\n    x = 2;}\n"},
        {"XWhich[]", ""},
        {"XGenCodeString[\"x++;\"]", "/*GenCode begin */x++;/* end GenCode */"}});
@@ -489,7 +505,8 @@ TEST_F(PompUnp, ControlFlow) {
   const char kNoStatement[] =
       "A statement expected in a place where a single expression is detected.  Can't perform CPunparseStmt to generate "
       "code for type:\" ";
-  for (const char* input : {"x", "XPlus[x,y]", "XGenCodeString[x]", "XSetDelayed[x,y]", "XExport[s,v,s,s]", "XSetCol[]"})
+  for (const char* input :
+       {"x", "XPlus[x,y]", "XGenCodeString[x]", "XSetDelayed[x,y]", "XExport[s,v,s,s]", "XSetCol[]"})
     expect_reports(CPunparseStmt, input, "", kNoStatement);
 }
 
@@ -533,12 +550,93 @@ TEST_F(PompUnp, Assignments) {
                  "In assignment the rhs list is larger than lhs list. Rest skipped. y");
   expect_reports(CPunparseStmt, "XSet[XList[],XList[1]]", "", kRest);
   expect_reports(CPunparseStmt, "XSet[XPart[m,1,2,3],5]", ";",
-                 "Left part of assignment has too many indexes,, i.e. more than rank of the array in  m[[1, 2, 3]] = 5");
+                 "Left part of assignment has too many indexes,, i.e. more than rank of the array in  m[[1,2,3]] =5");
   expect_reports(CPunparseStmt, "XSet[XPart[m,1],m]", "m.Set(1,All,m);",
                  "Suspecting  incompatible ranks in assignment: base rank of LHS asrray =2, reduction or rank due to "
-                 "indexing = 1 levels , RHS expression rank = 2 in m[[1]] = m");
+                 "indexing = 1 levels , RHS expression rank = 2 in m[[1]] =m");
   expect_reports(small_stmt, "XSet[XList[a],v]", " make_lumenN(1, a ) = v",
                  "Complex assignment with the list in left part cannot be used within expression");
+}
+
+// A scalar that was read as one for the whole array; dimensions are lists.
+TEST_F(PompUnp, SpreadScalars) {
+  const auto dims = [](int n) { return mExpression1(mIntConst(n), mExpression1(mIntConst(3), mExpression0())); };
+  const auto assigned = [&](const char* value, tAsynt from, tAsynt to) {
+    const tAsynt conversion = mShapeConversion(typed_tree(value), from, to);
+    return written([&] { CPunparseStmt(mXSet(mkNonConvPos(NoPosition), typed_tree("m"), conversion)); });
+  };
+  EXPECT_EQ("m.reshape(2, 3, x);", assigned("x", dims(1), dims(2)));
+  EXPECT_EQ("m = x;", assigned("x", dims(2), dims(2)));
+  EXPECT_EQ("m = 2.5;", assigned("2.5", mExpression0(), dims(2)));
+  EXPECT_EQ("m = x+y;", assigned("XPlus[x,y]", dims(1), dims(2)));
+}
+
+tAsynt symbols(std::initializer_list<const char*> names) {
+  tAsynt list = mSymbol0();
+  for (const char* const* name = names.end(); name != names.begin();) list = mSymbol1(typed_tree(*--name), list);
+  return list;
+}
+
+TEST_F(PompUnp, LocalVariables) {
+  const auto declared = [&](std::initializer_list<const char*> names, const char* initializers) {
+    const tAsynt list = Variadic_Expressions(typed_tree(std::string("XList[") + initializers + "]"));
+    return written([&] { CPunparseStmt(mXModule(symbols(names), list, typed_tree("XSet[x,1]"))); });
+  };
+  EXPECT_EQ("x = 1;", declared({}, ""));
+  EXPECT_EQ("int j = 2;\nint i;\nx = 1;", declared({"i", "j"}, "&,2"));  // the last one first
+  EXPECT_EQ("doubleNN m(2, 3);\nx = 1;", declared({"m"}, "&"));
+  EXPECT_EQ("doubleN v(3);\nv =  make_lumenN(2, 1, x );\nx = 1;", declared({"v"}, "XList[1,x]"));
+  EXPECT_EQ(" = 2;\nx = 1;", declared({"u"}, "2"));
+  EXPECT_EQ("double y;\nx = 1;", written([] {
+              CPunparseStmt(mXBlock(symbols({"y"}), mExpression1(mEmpty(), mExpression0()), typed_tree("XSet[x,1]")));
+            }));
+  EXPECT_TRUE(contains(message_of([&] {
+                         declared({"i", "j"}, "&");
+                       }),
+                       "Internal error in CPoutput_var_decls_and_inits"));
+}
+
+TEST_F(PompUnp, OutputAndFiles) {
+  expect_stmts({{"XPrint[]", "cout << \"\\n\";"},
+                {"XPrint[\"x=\",XPlus[x,1]]", "cout << \"x=\";\ncout << (x+1);\ncout << \"\\n\";"},
+                {"XPut[XPlus[x,y],]", "std::ofstream tmpfile(\"file\");\ntmpfile << x+y<< \"\\n\" ;\ntmpfile.close();"},
+                {"XSet[v,XImport[\"a.csv\"]]", "v=lumen_import1Ndouble(\"a.csv\");"},
+                {"XSetDelayed[im,XImport[s]]", "im=lumen_import1NNint(s);"},
+                {"XSet[zv,XImport[s,\"list\"]]", "zv=lumen_importNlm_complex(s,\"list\",NULL,NULL);"},
+                {"XIf[c,XSet[x,XImport[s]],&]", "if (c)\n{\n    x=lumen_import1double(s);\n}"},
+                {"XExport[s,v]", "lumen_export1(s,v, NULL, NULL);"},
+                {"XExport[s,v,\"csv\"]", "lumen_export(s,v,\"csv\", NULL, NULL);"}});
+  expect_reports(CPunparseStmt, "XSet[v,XImport[s,s]]", "v = ", "node type: \"XImport\"");
+  const auto put = [&](const char* e) {
+    return written([&] { CPunparseStmt(mXPut(typed_tree(e), mFilename(const_cast<char*>("")))); });
+  };
+  EXPECT_EQ("cout << (x+1) /*  */;", put("XPlus[x,1]"));
+  EXPECT_EQ("cout << \"done\"/*  */;", put("\"done\""));
+}
+
+// A schedule has a writer of its own, as a value; until that is there it is refused.
+TEST_F(PompUnp, Schedules) {
+  const tAsynt schedule = mParExec(mInOutExpr0(), const_cast<char*>(""));
+  EXPECT_TRUE(contains(message_of([&] { CPunparseVal(schedule); }), "node type: \"ParExec\""));
+  cp_parel_writer = [](tAsynt) { cpoutput("schedule"); };
+  EXPECT_EQ("schedule", written([&] { CPunparseVal(schedule); }));
+  EXPECT_TRUE(contains(message_of([&] { CPunparseStmt(schedule); }), "code for type:\" ParExec \""));
+  cp_parel_writer = nullptr;
+}
+
+TEST_F(PompUnp, PartRanks) {
+  const tAsynt part = typed_tree("XPart[t,i,XBlank,XAlternatives[1,2]]");
+  EXPECT_EQ("t", written([&] { CPunparseVal(XPartArg(part)); }));
+  EXPECT_EQ(3, XPartRealRank(part));
+  EXPECT_EQ(1 - 2 * 99, XPartRank(part));
+  EXPECT_EQ(1, XPartRankReduction(part));
+  const tAsynt x = typed_tree("x");
+  EXPECT_EQ(x, XPartArg(x));
+  EXPECT_EQ(0, XPartRealRank(x));
+  EXPECT_TRUE(contains(message_of([&] { XPartRank(x); }), "XPartRank bad arg"));
+  EXPECT_TRUE(contains(message_of([&] { XPartRankReduction(x); }), "XPartRankReduction bad arg"));
+  EXPECT_STREQ(".SetMatrix12", CPxpart_special_funcname(4, 2));
+  EXPECT_STREQ(".SetRow", CPxpart_special_funcname(2, 1));
 }
 }  // namespace
 }  // namespace oz

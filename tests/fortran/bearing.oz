@@ -1,0 +1,1 @@
+../../examples/bearing.oz

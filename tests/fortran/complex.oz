@@ -1,0 +1,1 @@
+../cplusplus/forms.oz
