@@ -13,7 +13,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <string>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -28,7 +27,6 @@
 #include "sheepout.h"
 #include "sheepunp.h"
 #include "type.h"
-#include "unparse.h"
 
 namespace oz {
 
