@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "tokens.h"
+#include "linktokens.h"
 
 using namespace algelink;
 

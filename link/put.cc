@@ -4,7 +4,7 @@
 #include <cctype>
 #include <cstring>
 
-#include "tokens.h"
+#include "linktokens.h"
 
 using namespace algelink;
 

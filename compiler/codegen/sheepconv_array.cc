@@ -34,9 +34,13 @@ bool is_unknown_size(tAsynt size) {
 
 // ---- initialisers of locals
 
-// The locals of the body at work by name, with their initialisers; null: the list of initialisers ended before.
-std::unordered_map<std::string_view, tAsynt> locals;
-bool locals_end_badly = false;  // the list of locals ends in something else than its end
+struct Local {
+  tAsynt si;
+  tAsynt init;  // null: the list of initialisers ended before
+};
+
+std::unordered_map<std::string_view, Local> locals;  // of the body at work, by name
+bool locals_end_badly = false;                       // the list of locals ends in something else than its end
 
 // Whether a body declares locals; and which.
 bool is_scope(tAsynt body) { return Asynt_Kind(body) == kXModule || Asynt_Kind(body) == kXBlock; }
@@ -58,23 +62,31 @@ void collect_locals(tAsynt scope) {
     const bool has_init = Asynt_Kind(inits) == kExpression1;
     const tAsynt si = Symbol_SymInfo(Symbol1_Symbol(vars));
     if (Asynt_Kind(si) == kAbsoluteSymbol)
-      locals.emplace(NamedSymbol_Name(si), has_init ? Expression1_Expression(inits) : nullptr);
+      locals.emplace(NamedSymbol_Name(si), Local{si, has_init ? Expression1_Expression(inits) : nullptr});
     if (has_init) inits = Expression1_Expressions(inits);
   }
   locals_end_badly = Asynt_Kind(vars) != kSymbol0;
 }
 
+// Whether a size names a local: as it is written, or by the path that qualification gave it.
+bool names_local(tAsynt size, tAsynt local) {
+  if (Asynt_Kind(size) == kSimpleSymbol || size == local) return true;
+  return IsEqualAsynt(AbsoluteSymbol_Components(size), AbsoluteSymbol_Components(local));
+}
+
 // The initialiser of the local that a size names, or null.
 tAsynt Find_init_expr(tAsynt sym) {
   const tAsynt si = Symbol_SymInfo(sym);
-  if (Asynt_Kind(si) != kSimpleSymbol) return nullptr;
-  const auto local = locals.find(NamedSymbol_Name(si));
-  if (local == locals.end()) {
+  if (Asynt_Kind(si) != kSimpleSymbol && Asynt_Kind(si) != kAbsoluteSymbol) return nullptr;
+  const auto found = locals.find(NamedSymbol_Name(si));
+  if (found == locals.end()) {
     if (locals_end_badly) sheepconv_failed("Find_init_expr");
     return nullptr;
   }
-  if (!local->second) error_msg("Init expression not found.");
-  return Asynt_Kind(local->second) == kEmpty ? nullptr : local->second;
+  const Local& local = found->second;
+  if (!names_local(si, local.si)) return nullptr;
+  if (!local.init) error_msg("Init expression not found.");
+  return Asynt_Kind(local.init) == kEmpty ? nullptr : local.init;
 }
 
 // ---- definitions

@@ -18,8 +18,8 @@
 #include <vector>
 
 #include "algelink.h"
+#include "linktokens.h"
 #include "session.h"
-#include "tokens.h"
 
 namespace {
 

@@ -297,6 +297,16 @@ TEST_F(Sheepconv, SizesThatNameLocals) {
   }
 }
 
+// A qualified size names a local by its whole path: P$`n is a parameter beside the local n.
+TEST_F(Sheepconv, QualifiedSizes) {
+  declare_types("f:none n:int P$`n:int p:real[1,1]");
+  const tAsynt sizes = ArrayType_Dimensions(SymInfo_Type(info("p")));
+  Expression1_Expression(sizes) = typed_tree("P$`n");
+  Expression1_Expression(Expression1_Expressions(sizes)) = typed_tree("n");
+  Rewrite_array_init(typed_tree("XSetDelayed[f[],XModule[{n,p},{7,&},1]]"));
+  EXPECT_EQ("{n,7}", code_text(sizes));
+}
+
 // An out-parameter gets its shape too, in a module or in a body without one.
 TEST_F(Sheepconv, ResultsOfUnknownSize) {
   const auto rewritten = [](bool module) {
