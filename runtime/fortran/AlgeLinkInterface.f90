@@ -22,15 +22,17 @@
 !                              the answer; like the get family, but a text is told without its length
 !   cbgetnull()                an answer that nobody wants
 !
-! A program opens the link, names its wrappers and serves the host until that ends the link:
+! A program names its wrappers, opens the link and serves the host until that ends the link:
 !
-!   call ALIF_OPEN('-linkmode connect -linkname 1742')
+!   external :: al_force
 !   call ALIF_INSTALL('force[ x_Real]', '{x}', al_force)
-!   call ALIF_SERVE(orderly)
+!   call ALIF_MAIN()
 !
-!   ALIF_OPEN(arguments)       as ALOpenString takes them
 !   ALIF_INSTALL(pattern, arguments, wrapper)   the texts behind :Pattern: and :Arguments: of the link template
-!   ALIF_SERVE(orderly)        orderly: whether the host said that it ends; false when the link was lost
+!   ALIF_MAIN()                opens the link that the command line names, and serves; the status of the program is 0 if
+!                              the host said that it ends, and 1 if the link was lost
+!   ALIF_OPEN(arguments)       for programs that do more: the link that the text names, as ALOpenString takes it
+!   ALIF_SERVE(orderly)        serves until the link ends; orderly: whether the host said so
 !
 ! When the link fails, or an argument is no value of its type, there is nothing that a wrapper could go on with: a line on
 ! standard error tells the reason, and the program stops with status 1.
@@ -145,7 +147,7 @@ contains
     stop 1
   end subroutine
 
-  ! The link's own word for what went wrong.
+  ! What the link itself says went wrong.
   subroutine fail_with_message()
     character(kind=c_char), pointer :: text(:)
     character(len=200) :: reason
@@ -352,7 +354,7 @@ module AlgeLinkInterface
   public :: cbgetNcomplex, cbgetNNcomplex, cbgetNNNcomplex, cbgetNNNNcomplex
   public :: cbgetNstr, cbgetNNstr, cbgetNNNstr, cbgetNNNNstr
   public :: putnull, cbgetnull, ALIF_START, ALIF_WAIT, ALIF_LIST
-  public :: ALIF_OPEN, ALIF_INSTALL, ALIF_SERVE
+  public :: ALIF_INSTALL, ALIF_MAIN, ALIF_OPEN, ALIF_SERVE
 
   abstract interface
     subroutine alif_wrapper()
@@ -579,10 +581,32 @@ contains
     call alif_check(ALSetMessageHandler(alif_link, ALCreateMessageHandler(env, c_funloc(note_message), c_null_ptr)))
   end subroutine
 
-  subroutine note_message(link, message, argument) bind(c)
+  subroutine ALIF_MAIN()
+    character(len=:), allocatable :: arguments
+    logical :: orderly
+    integer :: i
+    arguments = ''
+    do i = 1, command_argument_count()
+      arguments = arguments//' '//argument(i)
+    end do
+    call ALIF_OPEN(arguments)
+    call ALIF_SERVE(orderly)
+    if (.not. orderly) stop 1
+  end subroutine
+
+  function argument(i) result(r)
+    integer, intent(in) :: i
+    character(len=:), allocatable :: r
+    integer :: n
+    call get_command_argument(i, length=n)
+    allocate (character(len=n) :: r)
+    call get_command_argument(i, r)
+  end function
+
+  subroutine note_message(link, message, detail) bind(c)
     type(c_ptr), value :: link
-    integer(c_int), value :: message, argument
-    if (c_associated(link) .and. message == terminate_message) ended = 1 + 0*argument
+    integer(c_int), value :: message, detail
+    if (c_associated(link) .and. detail >= 0 .and. message == terminate_message) ended = 1
   end subroutine
 
   subroutine ALIF_INSTALL(pattern, arguments, wrapper)

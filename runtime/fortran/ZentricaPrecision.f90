@@ -10,6 +10,6 @@ module ZentricaPrecision
   integer, parameter, public :: zc_real = selected_real_kind(15, 300)
   integer, parameter, public :: zc_strlen = 256
 
-  ! Of a literal without a kind, such as the 1.0 in EXP(1.0), whatever the compiler's options make of it elsewhere.
+  ! Of a literal without a kind, such as the 1.0 in EXP(1.0), whatever options of the compiler make of it elsewhere.
   integer, parameter, public :: zc_single = selected_real_kind(6, 30)
 end module ZentricaPrecision

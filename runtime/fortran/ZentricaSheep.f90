@@ -14,7 +14,7 @@
 !   zc_drop_edge(list, n)        without the first n elements, or the last -n ones; list of rank 1
 !   zc_drop_middle(list, m, n)   without elements m to n; list of rank 1
 !   zc_getpart1(a, i) to zc_getpart4(a, l, k, j, i)   a[[i]] to a[[i, j, k, l]]; a up to rank 4, less one rank per index
-!   zc_extract_N0(a, idx) to zc_extract_N3(a, idx)    a[[idx]] with the indices in a list; the digit is the result's rank
+!   zc_extract_N0(a, idx) to zc_extract_N3(a, idx)    a[[idx]] with the indices in a list; the digit is the rank of the result
 !   zc_outer_product(a, b)       a[[i]]*b[[j]] as [[i, j]]; of integers and reals, of rank 1; shape (size(b), size(a))
 !   zc_crossprod_2(a, b)         a vector at right angles to two of length 3; of integers and reals
 !   zc_crossprod_3(a, b, c), zc_crossprod_4(a, b, c, d)   to three of length 4, to four of length 5; all integer or all real

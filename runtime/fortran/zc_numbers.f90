@@ -1,7 +1,7 @@
 ! Functions of numbers, under their names in Fortran.
 !
 ! Generated text says sqrt(n) for an integer n, MAX(0, x), EXP(1.0) for the number e and mod(a, b) for a remainder that has
-! the sign of b. Fortran's own functions of these names refuse such arguments or mean something else; the specifics
+! the sign of b. The intrinsic functions of these names refuse such arguments or mean something else; the specifics
 ! below take them, and leave to the intrinsic functions what they do right. All are elemental: an array argument gives an
 ! array of its shape.
 !
