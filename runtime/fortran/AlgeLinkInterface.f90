@@ -16,7 +16,7 @@
 !
 ! The dimensions of arrays are those of the model in reverse. A function that the host evaluates asks for its value so:
 !
-!   ALIF_START(n, name)        opens the question name[...] with n arguments, which follow by the routines of the put family
+!   ALIF_START(n, name)        opens the question name[...] with n arguments; the put family sends them
 !   ALIF_WAIT()                sends it and waits for the answer; calls of the host that come before are served
 !   cbgetint(i), cbgetdouble(x), cbgetcomplex(z), cbgetstr(s), cbgetNint(a), ...
 !                              the answer; like the get family, but a text is told without its length
@@ -34,8 +34,8 @@
 !   ALIF_OPEN(arguments)       for programs that do more: the link that the text names, as ALOpenString takes it
 !   ALIF_SERVE(orderly)        serves until the link ends; orderly: whether the host said so
 !
-! When the link fails, or an argument is no value of its type, there is nothing that a wrapper could go on with: a line on
-! standard error tells the reason, and the program stops with status 1.
+! When the link fails, or an argument is no value of its type, there is nothing that a wrapper could go on with: a line
+! on standard error tells the reason, and the program stops with status 1.
 
 ! The link, and single values on it.
 module alif_elements
@@ -327,10 +327,12 @@ module AlgeLinkInterface
   use alif_logical_arrays, only: getNint => get_1, getNNint => get_2, getNNNint => get_3, getNNNNint => get_4, &
     putNint => put_1, putNNint => put_2, putNNNint => put_3, putNNNNint => put_4, &
     cbgetNint => cbget_1, cbgetNNint => cbget_2, cbgetNNNint => cbget_3, cbgetNNNNint => cbget_4
-  use alif_real_arrays, only: getNdouble => get_1, getNNdouble => get_2, getNNNdouble => get_3, getNNNNdouble => get_4, &
+  use alif_real_arrays, only: getNdouble => get_1, getNNdouble => get_2, getNNNdouble => get_3, &
+    getNNNNdouble => get_4, &
     putNdouble => put_1, putNNdouble => put_2, putNNNdouble => put_3, putNNNNdouble => put_4, &
     cbgetNdouble => cbget_1, cbgetNNdouble => cbget_2, cbgetNNNdouble => cbget_3, cbgetNNNNdouble => cbget_4
-  use alif_complex_arrays, only: getNcomplex => get_1, getNNcomplex => get_2, getNNNcomplex => get_3, getNNNNcomplex => get_4, &
+  use alif_complex_arrays, only: getNcomplex => get_1, getNNcomplex => get_2, &
+    getNNNcomplex => get_3, getNNNNcomplex => get_4, &
     putNcomplex => put_1, putNNcomplex => put_2, putNNNcomplex => put_3, putNNNNcomplex => put_4, &
     cbgetNcomplex => cbget_1, cbgetNNcomplex => cbget_2, cbgetNNNcomplex => cbget_3, cbgetNNNNcomplex => cbget_4
   use alif_text_arrays, only: getNstr => get_1, getNNstr => get_2, getNNNstr => get_3, getNNNNstr => get_4, &
@@ -369,7 +371,7 @@ module AlgeLinkInterface
   type(installed), allocatable, save :: table(:)
 
   integer(c_int), parameter :: return_packet = 3, call_packet = 7, terminate_message = 1
-  integer(c_int), save :: ended = 0  ! set by the message handler, on a thread of the link's
+  integer(c_int), save :: ended = 0  ! set by the message handler, on another thread
 
   interface getint
     module procedure get_int, get_logical

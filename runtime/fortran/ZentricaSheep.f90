@@ -1,12 +1,12 @@
 ! The functions that generated text calls beyond those of Fortran: one generic name each, over types and ranks.
 !
-! Element types T are integer(zc_int), real(zc_real), logical and character; where two arguments are named they have the
-! same type, or one is an integer and the other a real, and the result is real. Texts come out with the length zc_strlen.
-! An array of the model has its dimensions reversed: what is {{1, 2, 3}, {4, 5, 6}} there has the shape (3, 2), and its
+! Elements are integer(zc_int), real(zc_real), logical or character; where two arguments are named they have the same
+! type, or one is an integer and the other a real, and the result is real. Texts come out with the length zc_strlen. An
+! array of the model has its dimensions reversed: what is {{1, 2, 3}, {4, 5, 6}} there has the shape (3, 2), and its
 ! rows are a(:,1) and a(:,2). All functions are pure.
 !
 !   zc_mkc(e)                    {e}                  e of rank 0 to 3; one rank more, with the last dimension 1
-!   zc_mkpc(e, rest)             {e, ...}             e of rank 0 to 3, rest of one rank more; one longer in the last dimension
+!   zc_mkpc(e, rest)             {e, ...}             e of rank 0 to 3, rest of one rank more; one more in the last dimension
 !   zc_append(list, e)           list and e           list of rank 1 to 4, e of one rank less
 !   zc_prepend(list, e)          e and list           likewise
 !   zc_join(a, b)                a and b end to end   of equal rank 1 to 4; joined in the last dimension
@@ -14,14 +14,14 @@
 !   zc_drop_edge(list, n)        without the first n elements, or the last -n ones; list of rank 1
 !   zc_drop_middle(list, m, n)   without elements m to n; list of rank 1
 !   zc_getpart1(a, i) to zc_getpart4(a, l, k, j, i)   a[[i]] to a[[i, j, k, l]]; a up to rank 4, less one rank per index
-!   zc_extract_N0(a, idx) to zc_extract_N3(a, idx)    a[[idx]] with the indices in a list; the digit is the rank of the result
+!   zc_extract_N0(a, idx) to zc_extract_N3(a, idx)    a[[idx]] with the indices in a list; to a result of rank 0 to 3
 !   zc_outer_product(a, b)       a[[i]]*b[[j]] as [[i, j]]; of integers and reals, of rank 1; shape (size(b), size(a))
 !   zc_crossprod_2(a, b)         a vector at right angles to two of length 3; of integers and reals
-!   zc_crossprod_3(a, b, c), zc_crossprod_4(a, b, c, d)   to three of length 4, to four of length 5; all integer or all real
+!   zc_crossprod_3(a, b, c), zc_crossprod_4(a, b, c, d)   to three of length 4, to four of length 5; all of one type
 !   matmul(a, b)                 a.b of matrix and matrix, matrix and vector, vector and matrix
 !   shape(a)                     {m, n, ...} of an array of rank 1 to 4: the dimensions as the model counts them
 !
-! A place below 0 counts from the end of its dimension: -1 is the last element. zc_numbers adds to the functions of numbers.
+! A place below 0 counts from the end of its dimension: -1 is the last element. zc_numbers has the functions of numbers.
 
 ! Places in a dimension.
 module zc_places

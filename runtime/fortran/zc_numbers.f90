@@ -1,9 +1,9 @@
 ! Functions of numbers, under their names in Fortran.
 !
-! Generated text says sqrt(n) for an integer n, MAX(0, x), EXP(1.0) for the number e and mod(a, b) for a remainder that has
-! the sign of b. The intrinsic functions of these names refuse such arguments or mean something else; the specifics
-! below take them, and leave to the intrinsic functions what they do right. All are elemental: an array argument gives an
-! array of its shape.
+! Generated text says sqrt(n) for an integer n, MAX(0, x), EXP(1.0) for the number e and mod(a, b) for a remainder that
+! has the sign of b. The intrinsic functions of these names refuse such arguments or mean something else; the specifics
+! below take them, and leave to the intrinsic functions what they do right. All are elemental: an array argument gives
+! an array of its shape.
 !
 !   real(i), real(x)        integer or real to real(zc_real)
 !   exp(c)                  of a literal of single precision: real(zc_real)
