@@ -77,7 +77,7 @@ char DoModAttrs(tAsynt* t) {
 
 }  // namespace
 
-void ReAttribute(tAsynt model) { TraverseAsyntTD2(&model, DoModAttrs); }
+void ReAttribute(tAsynt model) { WalkAsynt(&model, DoModAttrs); }
 
 // ---- external names
 
@@ -118,7 +118,7 @@ tAsynt read_model_name(tAsynt symbol) {
 tIndex GetExternalFuncTypes(tAsynt t) {
   tIndex typetable = make_index(hash_table, 100);
   untyped.clear();
-  TraverseAsyntTD2(&t, CollectExternalFuncTypes);
+  WalkAsynt(&t, CollectExternalFuncTypes);
   std::string key;
   for (tAsynt symbol : untyped) {
     const tAsynt known = read_model_name(symbol);

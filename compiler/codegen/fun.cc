@@ -295,7 +295,7 @@ tAsynt Merge_xmodules(tAsynt m1, tAsynt m2) {
 void collect_temp_vars(tAsynt* sp, tAsynt* ip, tAsynt body) {
   temp_vars = make_index(hash_table, 5);
   note_declared(*sp);
-  TraverseAsyntTD2(&body, Ctv_hlp);
+  WalkAsynt(&body, Ctv_hlp);
   sp = end_of_symbols(sp);
   ip = end_of_expressions(ip);
   Iter* iter = start_iter(temp_vars);
@@ -327,7 +327,7 @@ tAsynt Make_csed_function(tAsynt t) {
 tAsynt FindTempSi(tAsynt t, int tempno) {
   looking_for_temp = static_cast<unsigned>(tempno);
   found_temp_syminfo = nullptr;
-  TraverseAsyntTD2(&t, IsTemp);
+  WalkAsynt(&t, IsTemp);
   return found_temp_syminfo;
 }
 

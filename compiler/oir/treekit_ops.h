@@ -449,6 +449,24 @@ struct TreeKit {
       if (child(t, k.children[i])) leftovers.push_back(child(t, k.children[i]));
   }
 
+  // Walks with a number that no node bears.
+  void walk(Slot* where, uint16_t number, char (*proc)(Slot*)) {
+    while (*where && (*where)->yySeen != number) {
+      Node* const t = *where;
+      t->yySeen = number;
+      const bool descend = proc(where) != 0;
+      if (*where != t) {
+        if (*where) (*where)->yySeen = number;
+        return;
+      }
+      if (!descend || !known(t)) return;
+      const TreeKind& k = kind_of(t);
+      if (k.child_count == 0) return;
+      for (int i = 0; i + 1 < k.child_count; i++) walk(&child(t, k.children[i]), number, proc);
+      where = &child(t, k.children[k.child_count - 1]);
+    }
+  }
+
   // ---- lists
 
   Node* reverse(Node* list) const {
