@@ -56,38 +56,42 @@ struct TreeKit {
 
   // ---- copy
 
-  // While a copy is made, the mark of a node that was copied is its number among these nodes, from 1.
+  // While a copy is made, the mark of a node counts the references that are still to be followed. A node with more than
+  // one is noted when it is copied, since the others need to know its copy: its mark is then its number among these
+  // nodes, above kNoted.
   struct Forwarded {
     Node* old_node;
     Node* new_node;
   };
   std::vector<Forwarded> forwarded{};
+  static constexpr uint32_t kNoted = 0x80000000;
 
   Node* copy(Node* t) {
     Node* result = nullptr;
+    mark(t);
     copy_into(t, &result);
     for (const Forwarded& f : forwarded) f.old_node->yyMark = 0;
-    forwarded.clear();
+    forwarded = {};
     return result;
+  }
+
+  void note_copy(Node* t, Node* n) {
+    t->yyMark = kNoted + static_cast<uint32_t>(forwarded.size());
+    forwarded.push_back({t, n});
   }
 
   // Copies t and stores the copy's address in *where.
   void copy_into(Node* t, Slot* where) {
-    for (;;) {
-      if (!t) {
-        *where = nullptr;
-        return;
-      }
-      if (t->yyMark != 0) {
-        *where = forwarded[t->yyMark - 1].new_node;
+    while (t) {
+      if (t->yyMark >= kNoted) {
+        *where = forwarded[t->yyMark - kNoted].new_node;
         return;
       }
       const TreeKind& k = kind_of(t);
       Node* n = alloc(k.field_count);
       for (size_t i = 0; i < k.field_count; i++) tree_raw_slot<uint64_t>(n, i) = tree_raw_slot<uint64_t>(t, i);
       n->yyKind = t->yyKind;
-      forwarded.push_back({t, n});
-      t->yyMark = static_cast<uint32_t>(forwarded.size());
+      if (--t->yyMark > 0) note_copy(t, n);
       *where = n;
       if (k.child_count == 0) return;
       for (int i = 0; i + 1 < k.child_count; i++) copy_into(child(t, k.children[i]), &child(n, k.children[i]));
@@ -95,6 +99,7 @@ struct TreeKit {
       where = &child(n, last);
       t = child(t, last);
     }
+    *where = nullptr;
   }
 
   // ---- compare
