@@ -77,6 +77,9 @@ void CloseAsynt() {}
 
 namespace {
 
+// A tree is small if it has at most a node per so many bytes of all nodes: about an eighth of them.
+constexpr unsigned long kBytesPerStep = 8 * 24;
+
 TreeKit<Asynt_Node> kit{Asynt_Schema, alloc_for_copy};
 
 // ---- numbers of walks
@@ -203,7 +206,16 @@ bool all_nodes_are_good() {
 
 tAsynt CopyAsynt(tAsynt t) { return kit.copy(t); }
 bool IsEqualAsynt(const Asynt_Node* a, const Asynt_Node* b) { return kit.equal(a, b); }
-bool CheckAsynt(tAsynt t) { return (t && all_nodes_are_good()) || kit.check(t); }
+
+// A small tree is walked, whatever else there is: functions are made one by one from a big model. For a big one all
+// nodes are looked at.
+bool CheckAsynt(tAsynt t) {
+  if (!t) return kit.check(t);
+  long left = static_cast<long>(Asynt_HeapUsed / kBytesPerStep);
+  const bool good = kit.good_within(t, Asynt_NewWalk(), &left) && (left >= 0 || all_nodes_are_good());
+  return good || kit.check(t);
+}
+
 void WriteAsynt(FILE* f, tAsynt t) { kit.write(f, t); }
 void WriteAsyntNode(FILE* f, const Asynt_Node* t) { kit.write_node(f, t); }
 void QueryAsynt(tAsynt t) { kit.query(t); }

@@ -160,6 +160,22 @@ struct TreeKit {
     return true;
   }
 
+  // Walks with a number that no node bears and takes the nodes met off *left. Whether they are good, as far as the
+  // walk came: it ends when *left is used up.
+  bool good_within(const Node* t, uint16_t number, long* left) {
+    while (t->yySeen != number) {
+      if (--*left < 0) return true;
+      const_cast<Node*>(t)->yySeen = number;
+      if (!node_is_good(t)) return false;
+      const TreeKind& k = kind_of(t);
+      if (k.child_count == 0) return true;
+      for (int i = 0; i + 1 < k.child_count; i++)
+        if (!good_within(child(t, k.children[i]), number, left)) return false;
+      t = child(t, k.children[k.child_count - 1]);
+    }
+    return true;
+  }
+
   bool check(Node* t) {
     mark(t);
     return check_marked(t);
