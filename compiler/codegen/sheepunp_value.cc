@@ -278,15 +278,15 @@ void divide(tAsynt t) {
 // Drop[x, n] from an edge, Drop[x, {n, m}] from within.
 void drop(tAsynt t) {
   if (ArrayRank(Binary_LHS(t)) != 1) return error_msg("F90 unparser: Drop[] must have a list as first argument.\n");
-  const tAsynt spec = Binary_RHS(t);
-  const int length = Asynt_IsType(spec, kXList) ? LengthExpressions(Variadic_Expressions(spec)) : 0;
+  const tAsynt dropped = Binary_RHS(t);
+  const int length = Asynt_IsType(dropped, kXList) ? LengthExpressions(Variadic_Expressions(dropped)) : 0;
   const bool middle = length == 1 || length == 2;
   write_form(middle ? "zc_drop_middle(@0, " : "zc_drop_edge(@0, ", t, Binary_LHS(t), nullptr);
   if (middle)
-    write_form("@0, #0)", t, Expression1_Expression(Variadic_Expressions(spec)),
-               LastExpression(Variadic_Expressions(spec)));
+    write_form("@0, #0)", t, Expression1_Expression(Variadic_Expressions(dropped)),
+               LastExpression(Variadic_Expressions(dropped)));
   else
-    write_form("@0)", t, spec, nullptr);
+    write_form("@0)", t, dropped, nullptr);
 }
 
 void two_operands(tAsynt t) {

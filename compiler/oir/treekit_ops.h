@@ -65,13 +65,15 @@ struct TreeKit {
   };
   std::vector<Forwarded> forwarded{};
   static constexpr uint32_t kNoted = 0x80000000;
+  static constexpr size_t kKept = 1000;  // room that is kept from one copy to the next
 
   Node* copy(Node* t) {
     Node* result = nullptr;
     mark(t);
     copy_into(t, &result);
     for (const Forwarded& f : forwarded) f.old_node->yyMark = 0;
-    forwarded = {};
+    if (forwarded.size() > kKept) forwarded = {};
+    forwarded.clear();
     return result;
   }
 
