@@ -6,24 +6,18 @@
 #include "ozerrors.h"
 #include "pompunp_fn.h"
 #include "sheepconv.h"
+#include "sheepforall.h"
 #include "sheepunp.h"
 
 namespace oz {
 
 namespace {
 
-bool found_forall = false;
-
-char Look_for_forall(tAsynt* t) {
-  if (Asynt_Kind(*t) == kForAll) found_forall = true;
-  return !found_forall;
-}
-
-// Without a parallel loop the parallel form of a function is its sequential form.
-void refuse_parallel_loops(tAsynt rhs) {
-  found_forall = false;
-  TraverseAsyntTD2(&rhs, Look_for_forall);
-  if (found_forall) die_msg("Parallel loops in Fortran 90 are not supported.\n");
+// The text of the task procedures follows that of the function.
+void Funparse_parallel_fn(tAsynt si, tAsynt args, tAsynt rhs, char recursive) {
+  Transform_forall(&rhs);
+  Funparse_fn(si, args, rhs, recursive, 0);
+  Funparse_forall_fn(args, rhs);
 }
 
 // Hands a prepared function to the generator. Only HPF has pure functions.
@@ -35,7 +29,7 @@ void Unparse(tAsynt lhs, tAsynt rhs, char recursive, char pure) {
     case cplusplus: CPunparse_fn(si, args, rhs); return;
     case hpf: Funparse_fn(si, args, rhs, recursive, pure); return;
     case fortran90:
-      if (cg_opt.parallel) refuse_parallel_loops(rhs);
+      if (cg_opt.parallel) return Funparse_parallel_fn(si, args, rhs, recursive);
       Funparse_fn(si, args, rhs, recursive, 0);
       return;
     default: die_msg("Unparser: Unknown language.\n");
