@@ -58,6 +58,8 @@ lacking() {
     peers)
       has m4 || echo m4
       has tcc || echo tcc
+      [ -e /usr/include/eigen3/Eigen/Dense ] || echo libeigen3-dev
+      [ -e /usr/include/blitz/array.h ] || echo libblitz0-dev
       ;;
   esac
 }
