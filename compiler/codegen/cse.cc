@@ -19,6 +19,7 @@
 #include "Errors.h"
 #include "csehash.h"
 #include "fun.h"
+#include "listsched.h"
 #include "oz.h"
 #include "ozerrors.h"
 #include "type.h"
@@ -51,7 +52,7 @@ std::vector<tAsynt> pending_cells;  // of all lists that are being walked, the i
   std::abort();  // the exit hook must not return
 }
 
-void no_schedule(tAsynt) { routine_failed("finish_cse"); }
+void measure(tAsynt set_list) { scheduleddg(set_list); }
 
 [[noreturn]] void no_rule(tAsynt t) { die_msg("Can't handle node %s in Cse.", Asynt_NodeName(Asynt_Kind(t))); }
 
@@ -59,7 +60,7 @@ const char* kind_name(tAsynt t) { return Asynt_NodeName(Asynt_Kind(t)); }
 
 }  // namespace
 
-void (*cse_schedule)(tAsynt set_list) = no_schedule;
+void (*cse_schedule)(tAsynt set_list) = measure;
 
 tAsynt make_temp_symb(tAsynt typ) {
   const tAsynt temp = mTempSymbol(typ, NoPosition, static_cast<unsigned>(temp_no));
