@@ -85,7 +85,7 @@ struct Request {
   const char* source = "-";  // the file of the text, or the name of the definition
 };
 
-__attribute__((format(printf, 1, 2))) [[noreturn]] void refuse(const char* format, ...) {
+[[noreturn, gnu::format(printf, 1, 2)]] void refuse(const char* format, ...) {
   va_list args;
   va_start(args, format);
   std::fputs("ozpar: ", stderr);

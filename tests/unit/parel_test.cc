@@ -190,7 +190,7 @@ TEST_F(Parel, ManyEquations) {
   std::string equations;
   for (int i = 0; i < n; i++) {
     const std::string x = "x" + std::to_string(i);
-    equations += (i ? ",XEqual[Deriv[1," : "XEqual[Deriv[1,") + x + "],XTimes[2," + x + "]]";
+    equations.append(i ? "," : "").append("XEqual[Deriv[1,").append(x).append("],XTimes[2,").append(x).append("]]");
   }
   const tAsynt parexec = Parallelize(typed_tree("XList[XList[" + equations + "],XList[t]]"));
   int places = 0;
