@@ -84,6 +84,10 @@ TEST_F(Parel, ConditionalsAreRebuiltUnlessCodeIsSimple) {
             schedule_text("XEqual[Deriv[1,x],XIf[XGreater[x[t],a],XSin[x[t]],a]]"));
 }
 
+TEST_F(Parel, OneListOfASystem) {
+  EXPECT_EQ("(T1=XMinus[x];x_out=T1)", code_text(do_cse(system_of("XEqual[Deriv[1,x],XMinus[x[t]]]", "t"))));
+}
+
 // Each is done as told, with a warning.
 TEST_F(Parel, WhatIsSilentlyWrongIsReported) {
   const std::string warning = "   0,  0: Warning     ";
