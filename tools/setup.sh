@@ -44,6 +44,7 @@ lacking() {
       ;;
     check)
       has python3 || echo python3
+      has gfortran || echo gfortran
       has clang-format || echo clang-format
       has clang-tidy || echo clang-tidy
       has clang++ || echo clang

@@ -82,8 +82,11 @@ void add_to_set_list(tPosition pos, tAsynt sym, tAsynt val) {
   temp_set_p = *prev_temp_set = mExpression1(nullptr, nullptr);
 }
 
+// The open cell is left behind, whole, so that a check of all nodes finds nothing to complain of.
 tAsynt cse_close_list(tAsynt end) {
   *prev_temp_set = end;
+  Expression1_Expression(temp_set_p) = mEmpty();
+  Expression1_Expressions(temp_set_p) = mExpression0();
   return temp_set_list;
 }
 

@@ -78,7 +78,7 @@ char DoModAttrs(tAsynt* t) {
 
 }  // namespace
 
-void ReAttribute(tAsynt model) { TraverseAsyntTD2(&model, DoModAttrs); }
+void ReAttribute(tAsynt model) { WalkAsynt(&model, DoModAttrs); }
 
 // ---- external names
 
@@ -119,7 +119,7 @@ tAsynt read_model_name(const std::string& name) {
 tIndex GetExternalFuncTypes(tAsynt t) {
   tIndex typetable = make_index(hash_table, 100);
   untyped.clear();
-  TraverseAsyntTD2(&t, CollectExternalFuncTypes);
+  WalkAsynt(&t, CollectExternalFuncTypes);
   std::string key;
   std::unordered_set<std::string> names;
   for (tAsynt symbol : untyped) {

@@ -39,7 +39,7 @@ char look_for_function(tAsynt* t) {
 
 bool Functionsp(tAsynt body) {
   found_function = false;
-  TraverseAsyntTD2(&body, look_for_function);
+  WalkAsynt(&body, look_for_function);
   return found_function;
 }
 
