@@ -147,8 +147,12 @@ def generate(folder, model, language, functions, variables, options):
 
 
 def templates(folder, base):
-    """Pattern, argument list and wrapper of each function in the link template."""
-    text = (folder / (base + ".tm")).read_text()
+    """Wrapper, pattern and argument list of each function in the link template.
+
+    Of functions with several results the list ends with the names of the results, which stay symbols in the host and
+    which no wrapper reads.
+    """
+    text = re.sub(r"(, )?zc_O\d+", "", (folder / (base + ".tm")).read_text())
     return re.findall(r":Function: *(\w+)\n:Pattern: *(.*)\n:Arguments: *(.*)\n", text)
 
 
