@@ -1,4 +1,4 @@
-// Reading expressions, and packets. See tokens.h.
+// Reading expressions, and packets. See tokenio.h.
 //
 // Every get works the same way: begin_token finds the type, the bytes are checked where they lie in the input, and
 // consume moves on. The bytes of the token are kept until then, so that a get of the wrong kind leaves the token for
@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "linktokens.h"
+#include "tokenio.h"
 
 using namespace algelink;
 

@@ -9,8 +9,8 @@
 #include <new>
 #include <sstream>
 
-#include "linktokens.h"
 #include "session.h"
+#include "tokenio.h"
 
 using namespace algelink;
 

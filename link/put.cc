@@ -1,10 +1,10 @@
-// Writing expressions. See tokens.h.
+// Writing expressions. See tokenio.h.
 
 #include <algorithm>
 #include <cctype>
 #include <cstring>
 
-#include "linktokens.h"
+#include "tokenio.h"
 
 using namespace algelink;
 

@@ -48,6 +48,7 @@ lacking() {
       has clang-format || echo clang-format
       has clang-tidy || echo clang-tidy
       has clang++ || echo clang
+      has gfortran || echo gfortran
       has_fuzzer || echo libclang-rt-dev
       ;;
     bench)

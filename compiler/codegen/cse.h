@@ -22,8 +22,7 @@ extern int simple_code;
 // When set, finish_cse hands the list to cse_schedule.
 extern int do_ddg;
 
-// What measures a list when do_ddg is set. It does not return. Set by the scheduling instrument; a failure
-// of the pass without it.
+// What a list is handed to when do_ddg is set; initially the scheduling instrument, which does not return.
 extern void (*cse_schedule)(tAsynt set_list);
 
 // What a failure of the pass leaves through; initially Errors_Exit.

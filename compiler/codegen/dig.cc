@@ -200,7 +200,7 @@ char CollectCompilables(tAsynt* t) {
 
 tIndex GetCompilables(tAsynt model) {
   compilable = make_index(hash_table, 100);
-  TraverseAsyntTD2(&model, CollectCompilables);
+  WalkAsynt(&model, CollectCompilables);
   return compilable;
 }
 
@@ -279,8 +279,8 @@ char SyncNests(tAsynt* t) {
 void FixNests(tAsynt model) {
   initial_nests = make_index(hash_table, 100);
   longest_nest = 0;
-  TraverseAsyntTD2(&model, CollectNests);
-  if (longest_nest > 0) TraverseAsyntTD2(&model, SyncNests);
+  WalkAsynt(&model, CollectNests);
+  if (longest_nest > 0) WalkAsynt(&model, SyncNests);
   nest_heads.clear();
   delete_index(initial_nests);
   initial_nests = nullptr;
@@ -390,7 +390,7 @@ tIndex GetVarTypes(tAsynt model, tIndex avoid) {
   avoid_these = avoid;
   typetable = make_index(hash_table, 100);
   grouped = nullptr;
-  TraverseAsyntTD2(&model, CollectVarTypes);
+  WalkAsynt(&model, CollectVarTypes);
   return typetable;
 }
 
@@ -398,7 +398,7 @@ tAsynt ReType(tAsynt body, tIndex typetab_prim, tIndex typetab_sec, char verbosi
   typetab1 = typetab_prim;
   typetab2 = typetab_sec;
   verbose = verbosity;
-  TraverseAsyntTD2(&body, SyncTypes);
+  WalkAsynt(&body, SyncTypes);
   return body;
 }
 

@@ -3,6 +3,7 @@
 
 #include <cstring>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "dig.h"
@@ -77,7 +78,7 @@ char DoModAttrs(tAsynt* t) {
 
 }  // namespace
 
-void ReAttribute(tAsynt model) { TraverseAsyntTD2(&model, DoModAttrs); }
+void ReAttribute(tAsynt model) { WalkAsynt(&model, DoModAttrs); }
 
 // ---- external names
 
@@ -104,8 +105,8 @@ char CollectExternalFuncTypes(tAsynt* t) {
 }
 
 // A name of the model as the reader gives it, with its type.
-tAsynt read_model_name(tAsynt symbol) {
-  const std::string text = std::string(model_name) + '`' + GetName(symbol);
+tAsynt read_model_name(const std::string& name) {
+  const std::string text = std::string(model_name) + '`' + name;
   ffscan_SetString(text.c_str());
   ffscan_BeginFile("");
   return ffparse(0);
@@ -114,14 +115,17 @@ tAsynt read_model_name(tAsynt symbol) {
 }  // namespace
 
 // The names are gathered first and read when the walk is over: reading is a walk over trees of its own, which may share
-// nodes with this one.
+// nodes with this one. A name is read once, however often it occurs.
 tIndex GetExternalFuncTypes(tAsynt t) {
   tIndex typetable = make_index(hash_table, 100);
   untyped.clear();
-  TraverseAsyntTD2(&t, CollectExternalFuncTypes);
+  WalkAsynt(&t, CollectExternalFuncTypes);
   std::string key;
+  std::unordered_set<std::string> names;
   for (tAsynt symbol : untyped) {
-    const tAsynt known = read_model_name(symbol);
+    const std::string name = GetName(symbol);
+    if (!names.insert(name).second) continue;
+    const tAsynt known = read_model_name(name);
     UnparseWithoutDynBrackets(&key, known);
     create_entry(typetable, known, stripmodelname(key.c_str()));
   }

@@ -9,11 +9,13 @@
 
 #include "fun.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
 #include <unordered_set>
+#include <vector>
 
 #include "Errors.h"
 #include "fun_parts.h"
@@ -210,11 +212,32 @@ void Transform_fun(tAsynt* head, tAsynt* rhs) {
 // ---- temporaries
 
 Index* temp_vars = nullptr;
-std::unordered_set<tAsynt> declared_temps;  // symbol informations of temporaries that a list declares already
+
+// The symbol informations of temporaries that a list declares already: by number, and those that share their number
+// with another.
+std::vector<tAsynt> declared_numbers;
+std::unordered_set<tAsynt> declared_besides;
+
+void note_declared_temp(tAsynt info) {
+  const size_t number = TempSymbol_Number(info);
+  if (number >= declared_numbers.size()) declared_numbers.resize(std::max(number + 1, 2 * declared_numbers.size()));
+  tAsynt& known = declared_numbers[number];
+  if (!known)
+    known = info;
+  else if (known != info)
+    declared_besides.insert(info);
+}
 
 void note_declared(tAsynt symbols) {
-  for (; Asynt_IsType(symbols, kSymbol1); symbols = Symbol1_Symbols(symbols))
-    declared_temps.insert(Symbol_SymInfo(Symbol1_Symbol(symbols)));
+  for (; Asynt_IsType(symbols, kSymbol1); symbols = Symbol1_Symbols(symbols)) {
+    const tAsynt info = Symbol_SymInfo(Symbol1_Symbol(symbols));
+    if (Asynt_IsType(info, kTempSymbol)) note_declared_temp(info);
+  }
+}
+
+bool is_declared_temp(tAsynt info) {
+  const size_t number = TempSymbol_Number(info);
+  return (number < declared_numbers.size() && declared_numbers[number] == info) || declared_besides.count(info) != 0;
 }
 
 // A module inside the body stands before what it declares in the walk.
@@ -224,7 +247,7 @@ char Ctv_hlp(tAsynt* t) {
   if (!Asynt_IsType(*t, kSymbol)) return 1;
   tAsynt info = Symbol_SymInfo(*t);
   if (!Asynt_IsType(info, kTempSymbol)) return 0;
-  if (!declared_temps.count(info)) create_entry(temp_vars, *t, unparse_string(*t));
+  if (!is_declared_temp(info)) create_entry(temp_vars, *t, unparse_string(*t));
   return 1;
 }
 
@@ -295,7 +318,7 @@ tAsynt Merge_xmodules(tAsynt m1, tAsynt m2) {
 void collect_temp_vars(tAsynt* sp, tAsynt* ip, tAsynt body) {
   temp_vars = make_index(hash_table, 5);
   note_declared(*sp);
-  TraverseAsyntTD2(&body, Ctv_hlp);
+  WalkAsynt(&body, Ctv_hlp);
   sp = end_of_symbols(sp);
   ip = end_of_expressions(ip);
   Iter* iter = start_iter(temp_vars);
@@ -305,7 +328,8 @@ void collect_temp_vars(tAsynt* sp, tAsynt* ip, tAsynt body) {
   }
   delete_index(temp_vars);
   temp_vars = nullptr;
-  declared_temps.clear();
+  declared_numbers = {};
+  declared_besides.clear();
 }
 
 tAsynt Make_csed_function(tAsynt t) {
@@ -327,7 +351,7 @@ tAsynt Make_csed_function(tAsynt t) {
 tAsynt FindTempSi(tAsynt t, int tempno) {
   looking_for_temp = static_cast<unsigned>(tempno);
   found_temp_syminfo = nullptr;
-  TraverseAsyntTD2(&t, IsTemp);
+  WalkAsynt(&t, IsTemp);
   return found_temp_syminfo;
 }
 

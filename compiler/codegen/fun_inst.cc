@@ -28,8 +28,10 @@ std::unordered_set<tAsynt> member_functions;
 // Nests that an access to a member left over: they are done with, although their type is still a member's.
 std::unordered_set<tAsynt> finished_nests;
 
-// What stands in the place of each node that the rewriting has met.
-std::unordered_map<tAsynt, tAsynt> rewritten;
+// The number that the rewriting leaves in each node that it meets, and what stands in the place of those that it
+// replaced.
+uint16_t rewriting = 0;
+std::unordered_map<tAsynt, tAsynt> replaced;
 
 // ---- what is a member
 
@@ -167,15 +169,16 @@ void rewrite(tAsynt* slot) {
     tAsynt t = *slot;
     const TreeKind& kind = Asynt_Schema.kinds[Asynt_Kind(t)];
     if (kind.child_count == 0) return;
-    const auto [known, is_new] = rewritten.try_emplace(t, t);
-    if (!is_new) {
-      *slot = known->second;
+    if (t->yySeen == rewriting) {
+      const auto known = replaced.find(t);
+      if (known != replaced.end()) *slot = known->second;
       return;
     }
+    t->yySeen = rewriting;
     if (Asynt_Kind(t) == kAlgAuxiliary) return;
     if (tAsynt use = member_use(t)) {
-      *slot = rewritten[t] = use;
-      rewritten.try_emplace(use, use);
+      *slot = replaced[t] = use;
+      use->yySeen = rewriting;
       return;
     }
     for (int i = 0; i + 1 < kind.child_count; i++) rewrite(&tree_raw_slot<tAsynt>(t, kind.children[i]));
@@ -186,23 +189,20 @@ void rewrite(tAsynt* slot) {
 // ---- is there anything to do?
 
 bool found_candidate = false;
-size_t node_count = 0;
 
+// A name without a type is one of a path, which is no member, or of another object, which may be one.
 char Look_for_candidates(tAsynt* t) {
-  node_count++;
-  if (Asynt_Kind(*t) != kSymbol) return 1;
+  if (Asynt_Kind(*t) != kSymbol) return !found_candidate;
   tAsynt info = Symbol_SymInfo(*t);
-  if (Asynt_Kind(info) == kAbsoluteNest || Asynt_IsType(SymInfo_Type(info), kNoType) ||
-      Is_setmember(SymInfo_Type(info)))
-    found_candidate = true;
-  return 1;
+  const bool unknown = Asynt_Kind(info) == kAbsoluteSymbol && Asynt_IsType(SymInfo_Type(info), kNoType);
+  if (Asynt_Kind(info) == kAbsoluteNest || unknown || Is_setmember(SymInfo_Type(info))) found_candidate = true;
+  return !found_candidate;
 }
 
 // Most functions use no member of a set: this walk is many times faster than the rewriting.
 bool may_use_members(tAsynt* expr) {
   found_candidate = !member_functions.empty();
-  node_count = 0;
-  TraverseAsyntTD2(expr, Look_for_candidates);
+  WalkAsynt(expr, Look_for_candidates);
   return found_candidate;
 }
 
@@ -217,10 +217,9 @@ void Merge_member_head(tAsynt* head) {
 
 void Transform_instance_set(tAsynt* expr) {
   if (!may_use_members(expr)) return;
-  rewritten.clear();
-  rewritten.reserve(node_count);
+  rewriting = Asynt_NewWalk();
   rewrite(expr);
-  rewritten.clear();
+  replaced.clear();
 }
 
 void Forget_members() {

@@ -1,7 +1,7 @@
 // What the generators are told about a body: whether the function calls itself, whether it touches the model's
 // variables.
 
-#include <string>
+#include <cstring>
 
 #include "efunc.h"
 #include "fun.h"
@@ -15,7 +15,7 @@ int found_fun_call = 0;
 int found_non_local = 0;
 
 char Look_for_fun(tAsynt* t) {
-  if (Asynt_Kind(*t) == kSimpleFFE && std::string(unparse_string(SimpleFFE_Name(*t))) == fun_name) found_fun_call++;
+  if (Asynt_Kind(*t) == kSimpleFFE && std::strcmp(unparse_string(SimpleFFE_Name(*t)), fun_name) == 0) found_fun_call++;
   return 1;
 }
 
@@ -29,13 +29,13 @@ char Look_for_non_local(tAsynt* t) {
 
 char recursive_fun(tAsynt rhs) {
   found_fun_call = 0;
-  TraverseAsyntTD2(&rhs, Look_for_fun);
+  WalkAsynt(&rhs, Look_for_fun);
   return found_fun_call > 0;
 }
 
 char pure_fun(tAsynt rhs) {
   found_non_local = 0;
-  TraverseAsyntTD2(&rhs, Look_for_non_local);
+  WalkAsynt(&rhs, Look_for_non_local);
   return found_non_local == 0;
 }
 

@@ -13,7 +13,7 @@ void cpunparse_pri(tAsynt t, int parent_pri) {
   if (brackets) cpoutput(")");
 }
 
-void cpmake_var_decls(tAsynt t) { TraverseAsyntTD2(&t, CPmake_var_decl); }
+void cpmake_var_decls(tAsynt t) { WalkAsynt(&t, CPmake_var_decl); }
 
 void cpexit() {
   perform_global_vardecls();

@@ -10,6 +10,7 @@
 #include "ozerrors.h"
 #include "pompunp.h"
 #include "sheepout.h"
+#include "sheepsched.h"
 #include "sheepunp.h"
 #include "sheepunp_parts.h"
 #include "type.h"
@@ -22,7 +23,6 @@ void leave() { Errors_Exit(); }
 }  // namespace
 
 void (*sheepunp_Exit)() = leave;
-void (*f_parel_writer)(tAsynt) = nullptr;
 
 void sheepunp_abort(const char* routine) {
   std::fprintf(stderr, "Error: module sheepunp, routine %s failed\n", routine);
@@ -278,15 +278,15 @@ void divide(tAsynt t) {
 // Drop[x, n] from an edge, Drop[x, {n, m}] from within.
 void drop(tAsynt t) {
   if (ArrayRank(Binary_LHS(t)) != 1) return error_msg("F90 unparser: Drop[] must have a list as first argument.\n");
-  const tAsynt spec = Binary_RHS(t);
-  const int length = Asynt_IsType(spec, kXList) ? LengthExpressions(Variadic_Expressions(spec)) : 0;
+  const tAsynt dropped = Binary_RHS(t);
+  const int length = Asynt_IsType(dropped, kXList) ? LengthExpressions(Variadic_Expressions(dropped)) : 0;
   const bool middle = length == 1 || length == 2;
   write_form(middle ? "zc_drop_middle(@0, " : "zc_drop_edge(@0, ", t, Binary_LHS(t), nullptr);
   if (middle)
-    write_form("@0, #0)", t, Expression1_Expression(Variadic_Expressions(spec)),
-               LastExpression(Variadic_Expressions(spec)));
+    write_form("@0, #0)", t, Expression1_Expression(Variadic_Expressions(dropped)),
+               LastExpression(Variadic_Expressions(dropped)));
   else
-    write_form("@0)", t, spec, nullptr);
+    write_form("@0)", t, dropped, nullptr);
 }
 
 void two_operands(tAsynt t) {
@@ -564,9 +564,7 @@ void FunparseVal(tAsynt t) {
     case kXMinus: return write_form("(-@.)", t, Unary_Expression(t), nullptr);
     case kXInequality: return Funparse_ineq(t);
     case kSymbol: return Foutput_name(Symbol_SymInfo(t));
-    case kParExec:
-      if (!f_parel_writer) no_expression(t);
-      return f_parel_writer(t);
+    case kParExec: return Funparse_parel(t);
     default: break;
   }
   if (Asynt_IsType(t, kCUnary)) return one_argument(t);

@@ -38,7 +38,17 @@ tAsynt ff_oztype_sym, ff_ozmultitype_sym, ff_ozreal_sym, ff_ozint_sym, ff_ozbool
 
 namespace {
 
-Index* ff_index = nullptr;  // all names of the text at work
+Index* ff_index = nullptr;  // the names of the text at work that are not predefined
+
+// The predefined names. They are made once: a process reads many short texts, and no reader changes them.
+const Index* predefined_names() {
+  static Index* names = nullptr;
+  if (!names) {
+    names = make_index(hash_table, 1);
+    index_init_predefs(names);
+  }
+  return names;
+}
 
 tAsynt make_marker(string name, tAsynt type) {
   const tAsynt marker = mAbsoluteSymbol(type, NoPosition, name, mExpression0());
@@ -70,7 +80,6 @@ tAsynt make_context_symbol(std::string_view path, tPosition position) {
 void ff_init_index() {
   if (ff_index) delete_index(ff_index);
   ff_index = make_index(hash_table, 1);
-  index_init_predefs(ff_index);
   ff_oztype_sym = make_marker("oz$Type", mNoType());
   ff_ozmultitype_sym = make_marker("oz$MultiType", mNoType());
   ff_ozreal_sym = make_marker("oz$Real", mRealType(nullptr));
@@ -81,6 +90,7 @@ void ff_init_index() {
 
 tAsynt ff_find_symbol(const char* p, tPosition posIn, char backq) {
   const tAsynt* known = lookup(ff_index, p);
+  if (!known) known = lookup(predefined_names(), p);
   if (known) return known[0];
   const tAsynt info =
       backq ? make_context_symbol(p, posIn) : mAbsoluteSymbol(mNoType(), posIn, kept_name(p), mExpression0());

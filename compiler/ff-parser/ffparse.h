@@ -17,7 +17,7 @@ extern tAsynt ff_oztype_sym, ff_ozmultitype_sym, ff_ozreal_sym, ff_ozint_sym, ff
 // component names are eliminated and Veri_trans_tree has passed over it. Every fault of the grammar is fatal.
 tAsynt ffparse(char cheap_parse);
 
-// Makes the index of names afresh, with the predefined names and the type markers.
+// Makes the index of names afresh: beside the predefined names it holds the type markers.
 void ff_init_index();
 
 // The symbol information of a name: one node for all its occurrences in a text. backq: backquotes in it part the

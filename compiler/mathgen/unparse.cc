@@ -220,7 +220,16 @@ void Unparse_part(tAsynt t) {
   upout("]] ");
 }
 
+// The model language writes an order as so many primes. The full-form reader keeps its digits, and any expression can
+// stand there.
 void Unparse_derivative(tAsynt t) {
+  if (Asynt_Kind(Binary_LHS(t)) != kIntConst) {
+    upout("Derivative[");
+    Unparse(Binary_LHS(t));
+    upout("][");
+    Unparse(Binary_RHS(t));
+    return upout("]");
+  }
   Unparse_pri(Priority(t), Binary_RHS(t));
   for (int order = IntConst_Val(Binary_LHS(t)); order > 0; order--) upout("'");
 }

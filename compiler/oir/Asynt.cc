@@ -23,7 +23,9 @@ tAsynt AsyntRoot = nullptr;
 
 namespace {
 
-#ifndef OZ_SANITIZE
+#ifdef OZ_SANITIZE
+std::vector<char*> all_nodes;
+#else
 constexpr size_t kPoolSize = 20480;
 
 // What stands behind the nodes of a pool.
@@ -52,6 +54,7 @@ char* Asynt_Alloc(size_t node_size) {
   Asynt_HeapUsed += node_size;
   char* node = static_cast<char*>(std::malloc(node_size));
   if (!node) die_msg("Out of memory. malloc failed.");
+  all_nodes.push_back(node);
   return node;
 #else
   (void)node_size;
@@ -74,7 +77,31 @@ void CloseAsynt() {}
 
 namespace {
 
+// A tree is small if it has at most a node per so many bytes of all nodes: about an eighth of them.
+constexpr unsigned long kBytesPerStep = 8 * 24;
+
 TreeKit<Asynt_Node> kit{Asynt_Schema, alloc_for_copy};
+
+// ---- numbers of walks
+
+uint16_t walk_number = 0;
+
+void forget_walk(char* node) { reinterpret_cast<TreeNode*>(node)->yySeen = 0; }
+
+// Makes all numbers free again.
+void forget_walks() {
+#ifdef OZ_SANITIZE
+  for (char* node : all_nodes) forget_walk(node);
+#else
+  if (yyBlockList) tail_of(yyBlockList)->end = Asynt_PoolFreePtr;
+  for (char* pool = yyBlockList; pool; pool = tail_of(pool)->previous) {
+    for (char* p = pool; p < tail_of(pool)->end; p += Asynt_NodeSize(reinterpret_cast<TreeNode*>(p)->yyKind))
+      forget_walk(p);
+  }
+#endif
+}
+
+// ---- check
 
 #ifdef OZ_SANITIZE
 bool all_nodes_are_good() { return false; }
@@ -179,13 +206,32 @@ bool all_nodes_are_good() {
 
 tAsynt CopyAsynt(tAsynt t) { return kit.copy(t); }
 bool IsEqualAsynt(const Asynt_Node* a, const Asynt_Node* b) { return kit.equal(a, b); }
-bool CheckAsynt(tAsynt t) { return (t && all_nodes_are_good()) || kit.check(t); }
+
+// A small tree is walked, whatever else there is: functions are made one by one from a big model. For a big one all
+// nodes are looked at.
+bool CheckAsynt(tAsynt t) {
+  if (!t) return kit.check(t);
+  long left = static_cast<long>(Asynt_HeapUsed / kBytesPerStep);
+  const bool good = kit.good_within(t, Asynt_NewWalk(), &left) && (left >= 0 || all_nodes_are_good());
+  return good || kit.check(t);
+}
+
 void WriteAsynt(FILE* f, tAsynt t) { kit.write(f, t); }
 void WriteAsyntNode(FILE* f, const Asynt_Node* t) { kit.write_node(f, t); }
 void QueryAsynt(tAsynt t) { kit.query(t); }
 void ReleaseAsynt(tAsynt t) { kit.release(t); }
 void TraverseAsyntTD(tAsynt t, void (*proc)(tAsynt)) { kit.traverse_td(t, proc); }
 void TraverseAsyntTD2(tAsynt* t, char (*proc)(tAsynt*)) { kit.traverse_td2(t, proc); }
+void WalkAsynt(tAsynt* t, char (*proc)(tAsynt*)) { kit.walk(t, Asynt_NewWalk(), proc); }
+
+uint16_t Asynt_NewWalk() {
+  if (++walk_number == 0) {
+    forget_walks();
+    walk_number = 1;
+  }
+  return walk_number;
+}
+
 tAsynt ReverseAsynt(tAsynt list) { return kit.reverse(list); }
 bool AsyntMarksAreZero(const Asynt_Node* t) { return kit.marks_are_zero(t); }
 

@@ -77,7 +77,7 @@ inline tAsynt Asynt_NewRaw(unsigned kind, size_t fields) {
 #endif
   tAsynt t = reinterpret_cast<tAsynt>(p);
   t->yyKind = static_cast<uint16_t>(kind);
-  t->yyFree = 0;
+  t->yySeen = 0;
   t->yyMark = 0;
   return t;
 }
@@ -139,6 +139,14 @@ void TraverseAsyntTD(tAsynt t, void (*proc)(tAsynt));
 // returns false the subtree below this node gets no calls, and the walk goes on with the siblings; a node first met in
 // such a subtree is still visited at a later reference outside.
 void TraverseAsyntTD2(tAsynt* t, char (*proc)(tAsynt*));
+
+// The same in half the time, for walks that look at a tree or put leaves in the places of subtrees: the walk does not go
+// on below a replacement.
+void WalkAsynt(tAsynt* t, char (*proc)(tAsynt*));
+
+// For walks written elsewhere: the number of a walk that begins now. No node's yySeen holds it yet; it is good until the
+// next walk begins.
+uint16_t Asynt_NewWalk();
 
 // Reverses a list in place; anything but a list cell is returned as it is.
 tAsynt ReverseAsynt(tAsynt list);

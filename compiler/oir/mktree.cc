@@ -1,4 +1,5 @@
-// Turns a tree schema (Asynt.tree) into the tree kit's generated half: enumerators, tables, constructors, accessors.
+// Turns a tree schema (Asynt.tree, Ddg.tree) into the tree kit's generated half: enumerators, tables, constructors,
+// accessors.
 //
 //   mktree SCHEMA OUTPUT      writes OUTPUT.h and OUTPUT.cc
 //
@@ -51,6 +52,11 @@ constexpr Scalar kScalars[] = {
     {"voidp", "voidp", "word8"},
     {"pointerToIndex", "pointerToIndex", "word8"},
     {"predef_type", "predef_type", "word4"},
+    {"double", "double", "word8"},
+    {"tim_t", "tim_t", "word4"},
+    {"ddg_pri_t", "ddg_pri_t", "word4"},
+    {"sym", "tAsynt", "word8"},
+    {"op", "tAsynt", "word8"},
 };
 
 std::string schema_name;
@@ -139,7 +145,7 @@ void resolve() {
       }
     }
     for (const Field& f : k.own) {
-      if (!scalar(f.type) && !number_of.count(f.type)) reject(f.line, "unknown kind " + f.type);
+      if (!scalar(f.type) && f.type != tree_name && !number_of.count(f.type)) reject(f.line, "unknown kind " + f.type);
       k.fields.push_back(f);
       k.introducer.push_back(k.name);
     }

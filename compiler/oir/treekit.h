@@ -3,7 +3,8 @@
 //
 // A node is a head of 8 bytes and one 8-byte slot per field. A whole-tree operation first counts, in the node marks,
 // how often each node is referred to; it then clears each mark as it passes, so that between operations every mark is
-// 0. All operations share module state: none may run inside another, except that a dump may be started within a dump.
+// 0. A walk that replaces nothing needs no counts: it leaves its own number in the nodes, and so passes each node once.
+// All operations share module state: none may run inside another, except that a dump may be started within a dump.
 #pragma once
 
 #include <cstddef>
@@ -18,7 +19,7 @@ namespace oz {
 // What every node begins with.
 struct TreeNode {
   uint16_t yyKind;  // number of the node's kind
-  uint16_t yyFree;  // not used
+  uint16_t yySeen;  // number of the walk (see walk) that met the node last, 0 before the first
   uint32_t yyMark;  // references counted by the operation at work, 0 between operations
 };
 

@@ -56,38 +56,44 @@ struct TreeKit {
 
   // ---- copy
 
-  // While a copy is made, the mark of a node that was copied is its number among these nodes, from 1.
+  // While a copy is made, the mark of a node counts the references that are still to be followed. A node with more than
+  // one is noted when it is copied, since the others need to know its copy: its mark is then its number among these
+  // nodes, above kNoted.
   struct Forwarded {
     Node* old_node;
     Node* new_node;
   };
   std::vector<Forwarded> forwarded{};
+  static constexpr uint32_t kNoted = 0x80000000;
+  static constexpr size_t kKept = 1000;  // room that is kept from one copy to the next
 
   Node* copy(Node* t) {
     Node* result = nullptr;
+    mark(t);
     copy_into(t, &result);
     for (const Forwarded& f : forwarded) f.old_node->yyMark = 0;
+    if (forwarded.size() > kKept) forwarded = {};
     forwarded.clear();
     return result;
   }
 
+  void note_copy(Node* t, Node* n) {
+    t->yyMark = kNoted + static_cast<uint32_t>(forwarded.size());
+    forwarded.push_back({t, n});
+  }
+
   // Copies t and stores the copy's address in *where.
   void copy_into(Node* t, Slot* where) {
-    for (;;) {
-      if (!t) {
-        *where = nullptr;
-        return;
-      }
-      if (t->yyMark != 0) {
-        *where = forwarded[t->yyMark - 1].new_node;
+    while (t) {
+      if (t->yyMark >= kNoted) {
+        *where = forwarded[t->yyMark - kNoted].new_node;
         return;
       }
       const TreeKind& k = kind_of(t);
       Node* n = alloc(k.field_count);
       for (size_t i = 0; i < k.field_count; i++) tree_raw_slot<uint64_t>(n, i) = tree_raw_slot<uint64_t>(t, i);
       n->yyKind = t->yyKind;
-      forwarded.push_back({t, n});
-      t->yyMark = static_cast<uint32_t>(forwarded.size());
+      if (--t->yyMark > 0) note_copy(t, n);
       *where = n;
       if (k.child_count == 0) return;
       for (int i = 0; i + 1 < k.child_count; i++) copy_into(child(t, k.children[i]), &child(n, k.children[i]));
@@ -95,6 +101,7 @@ struct TreeKit {
       where = &child(n, last);
       t = child(t, last);
     }
+    *where = nullptr;
   }
 
   // ---- compare
@@ -152,6 +159,22 @@ struct TreeKit {
     const TreeKind& k = kind_of(t);
     for (int i = 0; i < k.child_count; i++)
       if (!child_is_good(k, t, i)) return false;
+    return true;
+  }
+
+  // Walks with a number that no node bears and takes the nodes met off *left. Whether they are good, as far as the
+  // walk came: it ends when *left is used up.
+  bool good_within(const Node* t, uint16_t number, long* left) {
+    while (t->yySeen != number) {
+      if (--*left < 0) return true;
+      const_cast<Node*>(t)->yySeen = number;
+      if (!node_is_good(t)) return false;
+      const TreeKind& k = kind_of(t);
+      if (k.child_count == 0) return true;
+      for (int i = 0; i + 1 < k.child_count; i++)
+        if (!good_within(child(t, k.children[i]), number, left)) return false;
+      t = child(t, k.children[k.child_count - 1]);
+    }
     return true;
   }
 
@@ -447,6 +470,24 @@ struct TreeKit {
     const TreeKind& k = kind_of(t);
     for (int i = 0; i < k.child_count; i++)
       if (child(t, k.children[i])) leftovers.push_back(child(t, k.children[i]));
+  }
+
+  // Walks with a number that no node bears.
+  void walk(Slot* where, uint16_t number, char (*proc)(Slot*)) {
+    while (*where && (*where)->yySeen != number) {
+      Node* const t = *where;
+      t->yySeen = number;
+      const bool descend = proc(where) != 0;
+      if (*where != t) {
+        if (*where) (*where)->yySeen = number;
+        return;
+      }
+      if (!descend || !known(t)) return;
+      const TreeKind& k = kind_of(t);
+      if (k.child_count == 0) return;
+      for (int i = 0; i + 1 < k.child_count; i++) walk(&child(t, k.children[i]), number, proc);
+      where = &child(t, k.children[k.child_count - 1]);
+    }
   }
 
   // ---- lists

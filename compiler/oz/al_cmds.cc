@@ -128,7 +128,7 @@ char** str2opts(char* str, int* nr_of_opts) {
 
 std::string striphold(const char* s) {
   static const std::string kHead = "Hold[";
-  const std::string text = s;
+  std::string text = s;
   if (text.empty()) return text;
   if (!text.starts_with(kHead) || !text.ends_with(']'))
     die_msg("Code generation requested for entity with strange name:\n%s", s);

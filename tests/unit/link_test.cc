@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
@@ -18,8 +19,8 @@
 #include <vector>
 
 #include "algelink.h"
-#include "linktokens.h"
 #include "session.h"
+#include "tokenio.h"
 
 namespace {
 
@@ -529,6 +530,34 @@ TEST_P(LinkTest, AKilledPeerIsNoticed) {
   EXPECT_EQ(ALWaitForLinkActivity(a), 0);
   waitpid(child, nullptr, 0);
   ALEnd(env);
+}
+
+// With a limit of one second: a stopped process says nothing any more, an idle one still answers pings.
+TEST_P(LinkTest, SilenceIsNoticedAndIdlenessIsNoSilence) {
+  if (std::string(GetParam()) == "IntraProcess") return;
+  setenv("OZLINK_DEAD_AFTER", "1", 1);
+  const ALEnvironment env = ALInitialize(nullptr);
+  ALINK a = open(env, GetParam(), "listen", std::string(GetParam()) == "TCP" ? "0" : "silent");
+  const std::string name = ALName(a);
+  const pid_t child = fork();
+  if (child == 0) {
+    const ALEnvironment own = ALInitialize(nullptr);
+    ALINK b = open(own, GetParam(), "connect", name);
+    if (!ALConnect(b)) _exit(1);
+    ALWaitForLinkActivity(b);
+    raise(SIGSTOP);
+    _exit(0);
+  }
+  EXPECT_EQ(ALConnect(a), 1);
+  std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+  EXPECT_TRUE(ALPutInteger(a, 1) && ALFlush(a));  // the child stops itself
+  EXPECT_EQ(ALWaitForLinkActivity(a), 0);
+  EXPECT_EQ(ALGetType(a), 0);
+  EXPECT_EQ(ALError(a), ALErrorLost);
+  kill(child, SIGKILL);
+  waitpid(child, nullptr, 0);
+  ALEnd(env);
+  unsetenv("OZLINK_DEAD_AFTER");
 }
 
 }  // namespace

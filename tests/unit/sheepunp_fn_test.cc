@@ -13,7 +13,13 @@ tAsynt out_param(const char* type, unsigned number) {
 }
 
 struct SheepFn : SheepText {
-  SheepFn() { model_name = const_cast<char*>("M"); }
+  const string kept_model = model_name;
+
+  SheepFn() {
+    model_name = const_cast<char*>("M");
+    fcontains = 0;
+  }
+  ~SheepFn() override { model_name = kept_model; }
 
   // The symbol information of x with a type.
   static tAsynt named(const std::string& type) {

@@ -122,10 +122,6 @@ TEST_F(SheepStmt, LoopsOverRanges) {
   genlang = hpf;
   EXPECT_EQ("forall i = 1, 3 | forall j = 1, 4 | x = i+j | end forall | end forall", statement(plain));
   EXPECT_EQ("!HPF$independent | do i = 1, 3 | x = f(i) | end do", statement(calling));
-  genlang = fortran90;
-  f_forall_writer = [](tAsynt, tAsynt, tAsynt) { foutput("parallel"); };
-  EXPECT_EQ("parallel\n", f90.added([&] { FunparseStmt(plain); }));
-  f_forall_writer = nullptr;
 }
 
 // An element of an instance set is no call.
@@ -176,7 +172,17 @@ TEST_F(SheepStmt, Refusals) {
 }
 
 // Lists of statements and chains of conditionals are walked, not descended into.
-TEST_F(SheepStmt, LongBodies) {
+TEST_F(SheepStmt, LongAndDeepBodies) {
+  tAsynt nest = mXBreak(), value = typed_tree("x");
+  for (int level = 0; level < 10000; level++) {
+    nest = mXIf(typed_tree("p"), nest, mEmpty());
+    value = mXIf(typed_tree("p"), value, typed_tree("y"));
+  }
+  nest = mXCompoundExpression(nullptr,
+                              mExpression1(nest, mExpression1(mXSet(nullptr, symbol("x"), value), mExpression0())));
+  foutput_file = nullptr;  // margins as deep as the nesting
+  FunparseStmt(nest);
+  foutput_file = f90.f;
   tAsynt list = mExpression0();
   tAsynt chain = mEmpty();
   const tAsynt condition = symbol("p");

@@ -305,31 +305,25 @@ TEST_F(SheepValue, Refusals) {
   }
 }
 
-tAsynt schedule;
-
-TEST_F(SheepValue, SchedulesGoToTheirWriter) {
-  const tAsynt t = nParExec();
-  EXPECT_TRUE(contains(message_of([&] { FunparseVal(t); }), "node type: ParExec"));
-  EXPECT_TRUE(contains(message_of([&] { FunparseStmt(t); }), "node type: ParExec"));
-  f_parel_writer = [](tAsynt parexec) { schedule = parexec; };
-  FunparseVal(t);
-  EXPECT_EQ(t, schedule);
-  schedule = nullptr;
-  FunparseStmt(t);
-  EXPECT_EQ(t, schedule);
-  f_parel_writer = nullptr;
+TEST_F(SheepValue, OperandsThatAreNoList) {
+  const tAsynt t = mXPlus(nullptr, typed_tree("x"));
+  EXPECT_TRUE(contains(message_of([&] { FunparseVal(t); }), "F90 unparser: Bad expression x.\n"));
 }
 
 // Nesting at the bound of the readers; a long list; a type that is asked for at each level of a deep product.
 TEST_F(SheepValue, BigExpressions) {
   tAsynt deep = typed_tree("i");
-  for (int level = 0; level < 10000; level++) deep = mXDivide(nullptr, deep, mIntConst(1));
+  const tAsynt f = typed_tree("f");
+  for (int level = 0; level < 5000; level++) {
+    deep = mXDivide(nullptr, deep, mIntConst(1));
+    deep = mSimpleFFE(mExpression1(deep, mExpression0()), f);
+  }
   tAsynt list = mExpression0();
   for (int n = 0; n < 200000; n++) list = mExpression1(mIntConst(1), list);
   std::string text;
   reported([&] { text = f90.added([&] { FunparseStmt(mXPut(deep, nullptr)); }); });
   EXPECT_EQ("PRINT *, ", text.substr(0, 9));
-  EXPECT_EQ("real(i)/1)/1", text.substr(text.find("real(i)"), 12));
+  EXPECT_EQ("f(real(i)/1)/1", text.substr(text.find("real(i)") - 2, 14));
   EXPECT_TRUE(contains(reported([&] { FunparseVal(mXList(nullptr, list)); }), "continuation lines"));
 }
 

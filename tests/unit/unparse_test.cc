@@ -229,6 +229,7 @@ TEST_F(UnparseTest, FormsOfThePasses) {
       {nary(kXTimes, {num("2"), nary(kXPlus, {sym("a")})}), "2*a"},
       {node(kXPower, {nary(kXPlus, {sym("a")}), num("2")}), "(a)^2"},
       {node(kXSin, {sum}), "XSin[a+b]"},
+      {node(kDeriv, {num("2"), sum}), "Derivative[2][a+b]"},
       {node(kXMod, {sum, num("0")}), "XMod[a+b,0]"},
       {nary(kXMax, {sym("a"), num("0")}), "aXMax0"},
       {node(kXDrop, {sum, num("0")}), "Drop [ a+b , 0 ] "},

@@ -1,0 +1,1 @@
+model M; real x; rates :={{x'==x},{}};
