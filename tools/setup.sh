@@ -57,6 +57,10 @@ lacking() {
     peers)
       has m4 || echo m4
       has tcc || echo tcc
+      has ginsh || echo ginac-tools
+      has maxima || echo maxima
+      has opt || echo llvm
+      python3 -c 'import sympy' 2>/dev/null || echo python3-sympy
       ;;
   esac
 }

@@ -93,7 +93,7 @@ void clear(const std::vector<tDdg>& nodes) {
 tDdg Ddg_NewRaw(unsigned kind, size_t fields) {
   const tDdg t = reinterpret_cast<tDdg>(alloc_node(sizeof(TreeNode) + 8 * fields));
   t->yyKind = static_cast<uint16_t>(kind);
-  t->yyFree = 0;
+  t->yySeen = 0;
   t->yyMark = 0;
   return t;
 }
