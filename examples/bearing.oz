@@ -14,7 +14,7 @@ real clearance := 12.0*^-6;
 real modulus := 2.08*^11;
 
 (* Stiffness of a line contact from the effective length of the roller, in newton per metre. *)
-real lineStiffness[real long_] := 0.26*modulus*long^(8/9);
+real lineStiffness[real extent_] := 0.26*modulus*extent^(8/9);
 
 (* A law for the force between two bodies that touch: none while they are apart. *)
 real contactForce[real stiffness_, real depth_] := If[depth > 0, stiffness*depth^(10/9), 0.0];

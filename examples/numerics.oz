@@ -110,11 +110,12 @@ real array[n] tridiagonal[int n_, real array[n] low_, real array[n] mid_, real a
     {v, change}];
 
 (* Place of a value in a sorted array by halving; zero where it is smaller than all. *)
-int place[real x_, int n_, real array[n] sorted_] :=
+int place[real x_, int n_, real array[n] points_] :=
   Module[{int low = 0, int high = n + 1, int middle},
     While[high - low > 1,
-      middle = Quotient[low + high, 2];
-      If[sorted[[middle]] <= x, low = middle, high = middle]];
+      middle = low + high;
+      middle = Quotient[middle, 2];
+      If[points[[middle]] <= x, low = middle, high = middle]];
     low];
 
 (* Is the integer a prime number? *)

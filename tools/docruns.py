@@ -19,17 +19,18 @@ import sys
 import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-PAGES = ["README.md", "docs/language.md", "docs/developing.md"]
+PAGES = ["README.md", "docs/language.md", "docs/developing.md", "docs/schedules.md"]
 BLOCK = re.compile(r"^```console\n(.*?)^```$", re.MULTILINE | re.DOTALL)
 
 
 def folder_for_page(top, oz):
-    """What the commands of a page see: the tree's own files, and the program as build/oz."""
+    """What the commands of a page see: the tree's own files, the program as build/oz, and ozpar from beside it."""
     for entry in ROOT.iterdir():
         if not entry.name.startswith("build"):
             (top / entry.name).symlink_to(entry)
     (top / "build").mkdir()
     (top / "build" / "oz").symlink_to(oz)
+    (top / "build" / "ozpar").symlink_to(oz.parent / "ozpar")
 
 
 def run_block(block, folder):

@@ -38,6 +38,7 @@
 #include "parse.h"
 #include "pompout.h"
 #include "pompunp.h"
+#include "schedule.h"
 #include "sheepout.h"
 #include "sheepunp.h"
 #include "smallddg.h"
@@ -270,6 +271,14 @@ void close_output() {
   if (std::fclose(stdout) != 0 || failed) refuse("cannot write '%s'", output_name);
 }
 
+// The printer of sources has no form for a conversion, and the generators write what is inside.
+char drop_conversion(tAsynt* t) {
+  while (Asynt_Kind(*t) == kGeneralConversion) *t = TypeConversion_Expression(*t);
+  return 1;
+}
+
+void drop_conversions(tAsynt code) { TraverseAsyntTD2(&code, drop_conversion); }
+
 std::string text_of(tAsynt t) {
   if (Asynt_Kind(t) != kXSet || Asynt_Kind(Binary_RHS(t)) != kXIf) return unparse_string(t);
   const tAsynt conditional = Binary_RHS(t);
@@ -296,6 +305,7 @@ void write_statement(tAsynt t, int indent) {
 }
 
 void write_flat_list(tAsynt list) {
+  drop_conversions(list);
   std::puts("Before:");
   for (; Asynt_Kind(list) == kExpression1; list = Expression1_Expressions(list))
     write_statement(Expression1_Expression(list), 2);
@@ -311,6 +321,7 @@ tAsynt code_of(tAsynt parexec) {
 }
 
 void write_rebuilt_list(tAsynt code) {
+  drop_conversions(code);
   std::puts("After:");
   write_statement(code, 2);
 }
@@ -367,6 +378,7 @@ void write_node(size_t number) {
 // An arrow leads the way that a value goes. What is not connected with the last assignment, and so is not measured
 // either, has dashed lines.
 void write_graph(tAsynt list) {
+  drop_conversions(list);
   BuildDdg(list);
   TraverseDdgTD(Ddg_child, note_tied);
   tied_nodes.insert(Ddg_parent);
@@ -388,19 +400,41 @@ tAsynt parallelized(tAsynt system) {
   return parexec;
 }
 
+// What a worker reads is declared in the schedule, and has a value there if it is a state variable.
+void report_unset_inputs(tAsynt parexec) {
+  const tAsynt outer = InOutExpr1_InOutExpr(ParExec_InOutExprs(parexec));
+  const tAsynt worker = InOutExpr1_InOutExpr(ParExec_InOutExprs(InOutExpr_Expr(outer)));
+  const Symbol_places states = Places_of(InOutExpr_In(outer));
+  std::unordered_set<tAsynt> known;
+  if (time_symbol) known.insert(Symbol_SymInfo(time_symbol));
+  for (tAsynt l = InOutExpr_In(worker); Asynt_Kind(l) == kSymbol1; l = Symbol1_Symbols(l)) {
+    const tAsynt symbol = Symbol1_Symbol(l);
+    if (known.insert(Symbol_SymInfo(symbol)).second && Place_of(states, symbol) < 0)
+      warning_msg("%s is not set by the schedule", unparse_string(symbol));
+  }
+}
+
+void begin_fortran() {
+  foutput_file = stdout;
+  finit_output();
+  finit_operator_name();
+  fout_set(fout_implementation);
+}
+
 void write_schedule(tAsynt system, Language language) {
   genlang = language;
+  const tAsynt parexec = parallelized(system);
+  report_unset_inputs(parexec);
   if (language == fortran90) {
-    foutput_file = stdout;
-    finit_output();
-    make_code(system);
+    begin_fortran();
+    FunparseStmt(parexec);
     foutput_file = nullptr;
-    return;
+  } else {
+    cpoutput_file = stdout;
+    cpinit_operator_name();
+    CPunparseVal(parexec);
+    cpoutput_file = nullptr;
   }
-  cpoutput_file = stdout;
-  cpinit_operator_name();
-  CPunparseVal(parallelized(system));
-  cpoutput_file = nullptr;
 }
 
 // The instrument's statuses: 5 says that the table is complete.

@@ -3,9 +3,7 @@
 
 #include <cstdio>
 
-#include "parel.h"
 #include "pompout.h"
-#include "sheepout.h"
 #include "sheepunp.h"
 #include "type.h"
 
@@ -28,17 +26,6 @@ void exit_code() {
     cpexit();
   else if (genlang != none)
     fexit();
-}
-
-void make_code(tAsynt tree) {
-  Begintype();
-  Beginparel();
-  finit_operator_name();
-  const tAsynt v = Parallelize(tree);
-  Closeparel();
-  Closetype();
-  CheckAsynt(v);
-  FunparseStmt(v);
 }
 
 void Dumpt(const char* text, tAsynt tree) {

@@ -6,24 +6,18 @@
 #include "ozerrors.h"
 #include "pompunp_fn.h"
 #include "sheepconv.h"
+#include "sheepforall.h"
 #include "sheepunp.h"
 
 namespace oz {
 
 namespace {
 
-bool found_forall = false;
-
-char Look_for_forall(tAsynt* t) {
-  if (Asynt_Kind(*t) == kForAll) found_forall = true;
-  return !found_forall;
-}
-
-// Without a parallel loop the parallel form of a function is its sequential form.
-void refuse_parallel_loops(tAsynt rhs) {
-  found_forall = false;
-  WalkAsynt(&rhs, Look_for_forall);
-  if (found_forall) die_msg("Parallel loops in Fortran 90 are not supported.\n");
+// The text of the task procedures follows that of the function.
+void Funparse_parallel_fn(tAsynt si, tAsynt args, tAsynt rhs, char is_recursive) {
+  Transform_forall(&rhs);
+  Funparse_fn(si, args, rhs, is_recursive, 0);
+  Funparse_forall_fn(args, rhs);
 }
 
 bool is_external(tAsynt rhs) { return Asynt_Kind(rhs) == kExternBody; }
@@ -39,7 +33,7 @@ void Unparse(tAsynt lhs, tAsynt rhs) {
     case cplusplus: CPunparse_fn(si, args, rhs); return;
     case hpf: Funparse_fn(si, args, rhs, recursive(rhs), pure(rhs)); return;
     case fortran90:
-      if (cg_opt.parallel) refuse_parallel_loops(rhs);
+      if (cg_opt.parallel) return Funparse_parallel_fn(si, args, rhs, recursive(rhs));
       Funparse_fn(si, args, rhs, recursive(rhs), 0);
       return;
     default: die_msg("Unparser: Unknown language.\n");

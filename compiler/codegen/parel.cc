@@ -13,7 +13,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <string>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -23,9 +22,11 @@
 #include "cse.h"
 #include "ode.h"
 #include "ozerrors.h"
+#include "schedule.h"
 #include "sheepconv.h"
+#include "sheepout.h"
+#include "sheepunp.h"
 #include "type.h"
-#include "unparse.h"
 
 namespace oz {
 
@@ -72,29 +73,6 @@ int Locate_symbol(tAsynt s, tAsynt list) {
 
 namespace {
 
-// The places of a list's symbols, by their texts: equal symbols have equal texts.
-struct Order {
-  std::unordered_map<std::string, std::vector<std::pair<tAsynt, int>>> places{};
-  int length = 0;
-};
-
-Order order_of(tAsynt list) {
-  Order order;
-  for (; Asynt_Kind(list) == kSymbol1; list = Symbol1_Symbols(list))
-    order.places[unparse_string(Symbol1_Symbol(list))].emplace_back(Symbol1_Symbol(list), ++order.length);
-  if (Asynt_Kind(list) != kSymbol0) routine_failed("Locate_symbol");
-  return order;
-}
-
-// As Locate_symbol in the list.
-int place_in(const Order& order, tAsynt s) {
-  const auto found = order.places.find(unparse_string(s));
-  if (found != order.places.end())
-    for (const auto& [symbol, place] : found->second)
-      if (IsEqualAsynt(symbol, s)) return place;
-  return std::min(kNotFound + order.length, -1);
-}
-
 std::vector<tAsynt> Css_symbols;
 
 // Each occurrence counts, and what its symbol information leads to does not.
@@ -107,12 +85,12 @@ char Css_trav(tAsynt* t) {
 
 // In the order of places; symbols of one place, which is also that of all that are not on the list, in the order in
 // which they were found.
-void sort_by_place(std::vector<tAsynt>* symbols, const Order& order) {
+void sort_by_place(std::vector<tAsynt>* symbols, const Symbol_places& order) {
   std::unordered_map<tAsynt, int> known;
   std::vector<std::pair<int, tAsynt>> placed;
   for (tAsynt s : *symbols) {
     const auto [it, first] = known.try_emplace(Symbol_SymInfo(s), 0);
-    if (first) it->second = place_in(order, s);
+    if (first) it->second = Place_of(order, s);
     placed.emplace_back(it->second, s);
   }
   std::stable_sort(placed.begin(), placed.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
@@ -120,7 +98,7 @@ void sort_by_place(std::vector<tAsynt>* symbols, const Order& order) {
 }
 
 // Without an order the symbols come the other way round.
-tAsynt Collect_symbol_sorted(tAsynt* tree, const Order& order) {
+tAsynt Collect_symbol_sorted(tAsynt* tree, const Symbol_places& order) {
   Css_symbols.clear();
   TraverseAsyntTD2(tree, Css_trav);
   if (order.length > 0)
@@ -155,7 +133,7 @@ void ExtractList(tAsynt lhs, tAsynt rhs) {
 }
 
 // Flattens a block that assigns rights to lefties, which are lists or single expressions.
-void flatten_block(tAsynt block, tAsynt lefties, tAsynt rights, const Order& order) {
+void flatten_block(tAsynt block, tAsynt lefties, tAsynt rights, const Symbol_places& order) {
   InOutExpr_In(block) = Collect_symbol_sorted(&rights, order);
   InOutExpr_Out(block) = Collect_symbol_sorted(&lefties, order);
   init_cse();
@@ -165,7 +143,7 @@ void flatten_block(tAsynt block, tAsynt lefties, tAsynt rights, const Order& ord
 }
 
 void Vars_Cse_Shape(tAsynt ioes, tAsynt sortorder) {
-  const Order order = order_of(sortorder);
+  const Symbol_places order = Places_of(sortorder);
   for (; Asynt_Kind(ioes) == kInOutExpr1; ioes = InOutExpr1_InOutExprs(ioes)) {
     const tAsynt block = InOutExpr1_InOutExpr(ioes);
     const tAsynt code = InOutExpr_Expr(block);
@@ -216,6 +194,17 @@ tAsynt Parallelize(tAsynt t) {
   const tAsynt ioes = Sets2InOutExprs(e);
   Vars_Cse_Shape(ioes, in);
   return mParExec(one_block(in, out, mParExec(ioes, "")), "");
+}
+
+void make_code(tAsynt t) {
+  Begintype();
+  Beginparel();
+  finit_operator_name();
+  const tAsynt v = Parallelize(t);
+  Closeparel();
+  Closetype();
+  CheckAsynt(v);
+  FunparseStmt(v);
 }
 
 }  // namespace oz

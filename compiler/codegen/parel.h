@@ -20,6 +20,9 @@ void Closeparel();
 // The ParExec that the system t becomes. Typing must have been begun.
 tAsynt Parallelize(tAsynt t);
 
+// Writes the system t as a schedule in Fortran.
+void make_code(tAsynt t);
+
 // The place of a symbol in a Symbols list, from 1; negative if it is not there.
 int Locate_symbol(tAsynt s, tAsynt list);
 

@@ -42,10 +42,6 @@ char Is_array_type(tAsynt typ);
 char Is_complex0(tAsynt typ);
 char Is_mulret_type(tAsynt typ);
 
-// Writes the schedule of a ParExec, which may stand where a value is written. The module of the schedules sets it;
-// without one a ParExec is refused like any statement.
-extern void (*cp_parel_writer)(tAsynt t);
-
 // ---- constant expressions (pompunp_const.cc)
 
 char IsConstantExpr(tAsynt expr);

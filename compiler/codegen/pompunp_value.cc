@@ -11,13 +11,12 @@
 #include <vector>
 
 #include "ozerrors.h"
+#include "pompsched.h"
 #include "pompunp_fn.h"
 #include "pompunp_parts.h"
 #include "unparse.h"
 
 namespace oz {
-
-void (*cp_parel_writer)(tAsynt t) = nullptr;
 
 // ---- lists
 
@@ -623,7 +622,7 @@ void CPto_double(tAsynt t, tAsynt typ) {
 
 // Schedules have no type, so they come before all else.
 void CPunparseVal(tAsynt t) {
-  if (Asynt_Kind(t) == kParExec && cp_parel_writer) return cp_parel_writer(t);
+  if (Asynt_Kind(t) == kParExec) return CPunparse_parel(t);
   const CPmemory memory;
   const tAsynt typ = Find_type(&t);
   if (CPwrite_folded(t) || write_value(t, typ)) return;

@@ -2,14 +2,12 @@
 // the directive line of a variable:
 //
 //   !HPF$ dynamic, distribute (BLOCK) onto P :: x
-#include "sheepout_gen.h"
-
+#include "efunc.h"
+#include "sheepforall.h"
 #include "sheepout.h"
 #include "sheepunp.h"
 
 namespace oz {
-
-char (*Fmake_forall_decl)(tAsynt* t) = nullptr;
 
 namespace {
 
@@ -91,7 +89,7 @@ void fmake_param_decls(tAsynt t) { TraverseAsyntTD2(&t, Foutput_impl_param_decl)
 
 void fmake_forall_decls(tAsynt t) {
   forall_atleast_one = 0;
-  if (genlang != fortran90 || !Fmake_forall_decl) return;
+  if (genlang != fortran90) return;
   TraverseAsyntTD2(&t, Fmake_forall_decl);
   if (!forall_atleast_one) return;
   foutput("\n");

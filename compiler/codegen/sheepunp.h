@@ -32,12 +32,6 @@ void FunparseStmt(tAsynt t);
 // The elements of an Expressions list with a text between them.
 void Funparse_exprs(tAsynt list, const char* sep);
 
-// What writes the schedule of a ParExec, and the call of the parallel run of a ForAll: its body, its iterators, its
-// task procedure. The modules of the schedules and the parallel loops set them. Without the first a ParExec is refused,
-// and without the second a ForAll is written as the nest of Do loops.
-extern void (*f_parel_writer)(tAsynt t);
-extern void (*f_forall_writer)(tAsynt body, tAsynt iters, tAsynt procedure);
-
 // The nest of Do loops that does the same as a parallel loop, the first iterator outermost.
 tAsynt Unfold_ForAll(tAsynt body, tAsynt iters);
 

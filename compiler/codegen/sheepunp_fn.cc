@@ -15,6 +15,7 @@
 #include "dig.h"
 #include "efunc.h"
 #include "ozerrors.h"
+#include "sheepforall.h"
 #include "sheepout.h"
 #include "sheepunp.h"
 #include "sheepunp_parts.h"
@@ -149,7 +150,9 @@ namespace {
 
 std::vector<tAsynt> scopes;  // the variable lists of a body, outer ones first
 
+// The variables of a parallel loop that has become tasks are declared as records.
 char collect_scopes(tAsynt* t) {
+  if (Is_forall_task(*t)) return 0;
   if (Asynt_IsType(*t, kXModule)) scopes.push_back(XModule_Varlist(*t));
   if (Asynt_IsType(*t, kXBlock)) scopes.push_back(XBlock_Varlist(*t));
   return !Asynt_IsType(*t, kSymInfo) && !Asynt_IsType(*t, kAlgAuxiliary);

@@ -5,15 +5,15 @@
 #include "efunc.h"
 #include "oz.h"
 #include "ozerrors.h"
+#include "sheepforall.h"
 #include "sheepout.h"
+#include "sheepsched.h"
 #include "sheepunp.h"
 #include "sheepunp_parts.h"
 #include "type.h"
 #include "unparse.h"
 
 namespace oz {
-
-void (*f_forall_writer)(tAsynt body, tAsynt iters, tAsynt procedure) = nullptr;
 
 // ---- parallel loops
 
@@ -184,11 +184,10 @@ void forall(tAsynt t) {
     foutput_comment();
     foutput("HPF$");
     foutput("independent\n");
-  } else if (f_forall_writer) {
-    f_forall_writer(ForAll_Body(t), ForAll_Iter(t), ForAll_Procedure(t));
-    return foutput("\n");
+    return Funparse_statement(Unfold_ForAll(ForAll_Body(t), ForAll_Iter(t)));
   }
-  Funparse_statement(Unfold_ForAll(ForAll_Body(t), ForAll_Iter(t)));
+  Funparse_forall(ForAll_Body(t), ForAll_Iter(t), ForAll_Procedure(t));
+  foutput("\n");
 }
 
 // ---- conditionals
@@ -287,9 +286,7 @@ void Funparse_statement(tAsynt t) {
     case kXWhich: return which(XWhich_Expressions(t));
     case kXSetShape: return set_shape(Variadic_Expressions(t));
     case kForAll: return forall(t);
-    case kParExec:
-      if (!f_parel_writer) no_statement(t);
-      return f_parel_writer(t);
+    case kParExec: return Funparse_parel(t);
     case kSimpleFFE:
     case kComplexFFE: return call_statement(t);
     case kXSet: return Funparse_set(t);

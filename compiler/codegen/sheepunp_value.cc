@@ -10,6 +10,7 @@
 #include "ozerrors.h"
 #include "pompunp.h"
 #include "sheepout.h"
+#include "sheepsched.h"
 #include "sheepunp.h"
 #include "sheepunp_parts.h"
 #include "type.h"
@@ -22,7 +23,6 @@ void leave() { Errors_Exit(); }
 }  // namespace
 
 void (*sheepunp_Exit)() = leave;
-void (*f_parel_writer)(tAsynt) = nullptr;
 
 void sheepunp_abort(const char* routine) {
   std::fprintf(stderr, "Error: module sheepunp, routine %s failed\n", routine);
@@ -564,9 +564,7 @@ void FunparseVal(tAsynt t) {
     case kXMinus: return write_form("(-@.)", t, Unary_Expression(t), nullptr);
     case kXInequality: return Funparse_ineq(t);
     case kSymbol: return Foutput_name(Symbol_SymInfo(t));
-    case kParExec:
-      if (!f_parel_writer) no_expression(t);
-      return f_parel_writer(t);
+    case kParExec: return Funparse_parel(t);
     default: break;
   }
   if (Asynt_IsType(t, kCUnary)) return one_argument(t);

@@ -3,9 +3,9 @@
 #include "bearing.icc"
 
 #include <math.h>
-double Bearing_TlineStiffness ( const double &long)
+double Bearing_TlineStiffness ( const double &extent)
 {
-    return 0.26*Bearing_Tmodulus*pow(long,         0.8888888888888888);
+    return 0.26*Bearing_Tmodulus*pow(extent,         0.8888888888888888);
 }
 
 double Bearing_TcontactForce ( const double &stiffness, const double &depth)
@@ -22,5 +22,6 @@ double outer_Trotation ( const double &at)
 double inner_Tx;
 double inner_Ty;
 double outer_Tx;
+double Bearing_Tmodulus;
 double outer_Ty;
 doubleN roller_Tlift(0);

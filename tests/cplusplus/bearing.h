@@ -14,6 +14,7 @@ double outer_Trotation ( const double &);
 extern double inner_Tx;
 extern double inner_Ty;
 extern double outer_Tx;
+extern double Bearing_Tmodulus;
 extern double outer_Ty;
 extern doubleN roller_Tlift;
 #endif

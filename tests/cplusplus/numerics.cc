@@ -222,15 +222,16 @@ void Numerics_Trelaxed ( const int &m, const int &n, const doubleNN &u, const
     zc_O2 = change;; 
 }
 
-int Numerics_Tplace ( const double &x, const int &n, const doubleN &sorted)
+int Numerics_Tplace ( const double &x, const int &n, const doubleN &points)
 {
     int low = 0;
     int high = n+1;
     int middle;
     while ((high-low > 1))
     {
-        middle = floor((low+high) / 2);
-        if ((sorted(middle) <= x))
+        middle = low+high;
+        middle = floor(middle / 2);
+        if ((points(middle) <= x))
         {
             low = middle;
         }

@@ -149,8 +149,8 @@
 :Evaluate: Begin["`Private`"];
 :Begin:
 :Function:     AL_place
-:Pattern:      place[ x_Real, n_Integer, sorted_List/;VectorQ[sorted,NumberQ]]
-:Arguments:    { x,n,sorted}
+:Pattern:      place[ x_Real, n_Integer, points_List/;VectorQ[points,NumberQ]]
+:Arguments:    { x,n,points}
 :ArgumentTypes:{Manual}
 :ReturnType:   Manual
 :End:

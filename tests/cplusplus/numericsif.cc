@@ -157,8 +157,8 @@ void AL_place()
 {
      get_double(x);
      get_int(n);
-     get_lumenNdouble(sorted);
-     lmif_return(Numerics_Tplace( x,n,sorted));
+     get_lumenNdouble(points);
+     lmif_return(Numerics_Tplace( x,n,points));
 }
 
 

@@ -25,6 +25,7 @@ double laboratory_Tupper_Tinflow;
 double pilot_Tlower_Tinflow;
 double laboratory_Tupper_Tvolume;
 double pilot_Tupper_Toutflow;
+double Tanks_Tgravity;
 double pilot_Tlower_Tvolume;
 double pilot_Tcontrol_Tintegral;
 double pilot_Tupper_Tinflow;

@@ -24,6 +24,7 @@ extern double laboratory_Tupper_Tinflow;
 extern double pilot_Tlower_Tinflow;
 extern double laboratory_Tupper_Tvolume;
 extern double pilot_Tupper_Toutflow;
+extern double Tanks_Tgravity;
 extern double pilot_Tlower_Tvolume;
 extern double pilot_Tcontrol_Tintegral;
 extern double pilot_Tupper_Tinflow;

@@ -16,7 +16,7 @@ BeginPackage["Bearing`", { "Operators`", "Iterators`" } ];
   Bearing`count:=14;
   Bearing`clearance:=12.0*^-6;
   Bearing`modulus:=2.08*^11;
-  Bearing`lineStiffness[P$`long_]:=0.26*Bearing`modulus*P$`long^(8/9);
+  Bearing`lineStiffness[P$`extent_]:=0.26*Bearing`modulus*P$`extent^(8/9);
   Bearing`contactForce[P$`stiffness_, P$`depth_]:=If[P$`depth > 0, P$`stiffness*P$`depth^(10/9), 0.0];
   Bearing`outer;
   Begin["outer`"];

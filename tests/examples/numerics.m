@@ -94,11 +94,12 @@ BeginPackage["Numerics`", { "Operators`", "Iterators`", "Vectors`", "Matrices`" 
     v[[i,j]] =v[[i,j]] +delta;
     If[Abs[delta] > change, change=Abs[delta]]]];
      { v, change } )]);
-  Numerics`place[P$`x_, P$`n_, P$`sorted_]:=(Module [ { middle,
+  Numerics`place[P$`x_, P$`n_, P$`points_]:=(Module [ { middle,
     high = P$`n+1,
     low = 0 },
-    While[high-low > 1, middle=Quotient[low+high, 2];
-    If[P$`sorted[[middle]]  <= P$`x, low=middle, high=middle]];
+    While[high-low > 1, middle=low+high;
+    middle=Quotient[middle, 2];
+    If[P$`points[[middle]]  <= P$`x, low=middle, high=middle]];
     low]);
   Numerics`prime[P$`n_]:=(Module [ { found = P$`n > 1,
     d = 2 },

@@ -28,15 +28,15 @@ module zc_Bearing
 
 contains
 
-  function lineStiffness(long) result(zc_O1)
+  function lineStiffness(extent) result(zc_O1)
 
     use ZentricaPrecision
     use ZentricaSheep
     use zc_system
     implicit none
-    real(zc_real), intent(in) :: long
+    real(zc_real), intent(in) :: extent
     real(zc_real) zc_O1
-    zc_O1 = 0.26D0*modulus*long**(real(8)/9)
+    zc_O1 = 0.26D0*modulus*extent**(real(8)/9)
   end function  lineStiffness
 
   function contactForce(stiffness, depth) result(zc_O1)

@@ -18,10 +18,10 @@ subroutine al_linestiffness()
   use AlgeLinkInterface
   use zc_Bearing
   implicit none
-  real(zc_real) long
+  real(zc_real) extent
   real(zc_real) zc_O1
-  call getdouble(long)
-  zc_O1 = lineStiffness(long)
+  call getdouble(extent)
+  zc_O1 = lineStiffness(extent)
   call putdouble(zc_O1)
 
 end subroutine al_linestiffness

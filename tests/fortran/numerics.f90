@@ -372,7 +372,7 @@ contains
     zc_O2 = change
   end subroutine  relaxed
 
-  function place(x, n, sorted) result(zc_O1)
+  function place(x, n, points) result(zc_O1)
 
     use ZentricaPrecision
     use ZentricaSheep
@@ -380,7 +380,7 @@ contains
     implicit none
     real(zc_real), intent(in) :: x
     integer(zc_int), intent(in) :: n
-    real(zc_real), intent(in) :: sorted(n)
+    real(zc_real), intent(in) :: points(n)
     integer(zc_int) zc_O1
     integer(zc_int) middle
     integer(zc_int) high
@@ -389,8 +389,9 @@ contains
     high = n+1
     low = 0
     do while (high-low > 1)
-      middle = floor(low+high/2)
-      if (sorted(middle) <= x) then
+      middle = low+high
+      middle = floor(middle/2)
+      if (points(middle) <= x) then
         low = middle
 
       else

@@ -261,14 +261,14 @@ subroutine al_place()
   implicit none
   real(zc_real) x
   integer(zc_int) n
-  real(zc_real), pointer :: sorted(:)
+  real(zc_real), pointer :: points(:)
   integer(zc_int) zc_O1
   call getdouble(x)
   call getint(n)
-  call getNdouble(sorted)
-  zc_O1 = place(x, n, sorted)
+  call getNdouble(points)
+  zc_O1 = place(x, n, points)
   call putint(zc_O1)
-  deallocate(sorted)
+  deallocate(points)
 
 end subroutine al_place
 

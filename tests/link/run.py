@@ -292,10 +292,12 @@ class LinkTest(unittest.TestCase):
 
         def told_in_a_log():
             for log in set(glob.glob("/tmp/oz.log.*")) - before:
-                with open(log) as file:
-                    if re.search("Internal error in line [0-9]+ of ", file.read()):
+                try:
+                    if "Internal error in line " in pathlib.Path(log).read_text():
                         os.unlink(log)
                         return True
+                except OSError:
+                    pass  # another server's, which has ended meanwhile
             return False
         self.wait_until(told_in_a_log)
 

@@ -15,6 +15,8 @@
 #include "fatal_text.h"
 #include "ode.h"
 #include "operator_name.h"
+#include "output_stream.h"
+#include "sheepout.h"
 #include "type.h"
 #include "type_text.h"
 #include "unparse.h"
@@ -153,6 +155,19 @@ TEST_F(Parel, ElementsOfANest) {
   Variadic_Expressions(Expression1_Expression(Variadic_Expressions(system))) = mExpression1(equation, mExpression0());
   Expression1_Expression(Variadic_Expressions(Expression1_Expression(Variadic_Expressions(system)))) = equation;
   EXPECT_EQ("PrintSymName: Temp_3, Kind: 257\n", message_of([&] { Parallelize(system); }));
+}
+
+TEST_F(Parel, MakeCodeWritesASchedule) {
+  OutputStream out;
+  foutput_file = out.f;
+  finit_output();
+  fout_set(fout_implementation);
+  make_code(system_of("XEqual[Deriv[1,x],XSin[x[t]]]", "t"));
+  foutput_file = nullptr;
+  const std::string text = out.str();
+  EXPECT_TRUE(text.starts_with("subroutine zc_initialize_state (zc_init_state)\n")) << text;
+  for (const char* line : {"x = zc_yin(1)\n", "zc_T1 = sin(x)\n", "x_out = zc_T1\n", "zc_yout(1) = x_out\n"})
+    EXPECT_TRUE(contains(text, line)) << text;
 }
 
 TEST_F(Parel, PlacesInLists) {

@@ -122,10 +122,6 @@ TEST_F(SheepStmt, LoopsOverRanges) {
   genlang = hpf;
   EXPECT_EQ("forall i = 1, 3 | forall j = 1, 4 | x = i+j | end forall | end forall", statement(plain));
   EXPECT_EQ("!HPF$independent | do i = 1, 3 | x = f(i) | end do", statement(calling));
-  genlang = fortran90;
-  f_forall_writer = [](tAsynt, tAsynt, tAsynt) { foutput("parallel"); };
-  EXPECT_EQ("parallel\n", f90.added([&] { FunparseStmt(plain); }));
-  f_forall_writer = nullptr;
 }
 
 // An element of an instance set is no call.

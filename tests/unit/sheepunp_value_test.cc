@@ -310,21 +310,6 @@ TEST_F(SheepValue, OperandsThatAreNoList) {
   EXPECT_TRUE(contains(message_of([&] { FunparseVal(t); }), "F90 unparser: Bad expression x.\n"));
 }
 
-tAsynt schedule;
-
-TEST_F(SheepValue, SchedulesGoToTheirWriter) {
-  const tAsynt t = nParExec();
-  EXPECT_TRUE(contains(message_of([&] { FunparseVal(t); }), "node type: ParExec"));
-  EXPECT_TRUE(contains(message_of([&] { FunparseStmt(t); }), "node type: ParExec"));
-  f_parel_writer = [](tAsynt parexec) { schedule = parexec; };
-  FunparseVal(t);
-  EXPECT_EQ(t, schedule);
-  schedule = nullptr;
-  FunparseStmt(t);
-  EXPECT_EQ(t, schedule);
-  f_parel_writer = nullptr;
-}
-
 // Nesting at the bound of the readers; a long list; a type that is asked for at each level of a deep product.
 TEST_F(SheepValue, BigExpressions) {
   tAsynt deep = typed_tree("i");

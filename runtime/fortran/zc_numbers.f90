@@ -1,0 +1,380 @@
+! Functions of numbers, under their names in Fortran.
+!
+! Generated text says sqrt(n) for an integer n, MAX(0, x), EXP(1.0) for the number e and mod(a, b) for a remainder that
+! has the sign of b. The intrinsic functions of these names refuse such arguments or mean something else; the specifics
+! below take them, and leave to the intrinsic functions what they do right. All are elemental: an array argument gives
+! an array of its shape.
+!
+!   real(i), real(x)        integer or real to real(zc_real)
+!   exp(c)                  of a literal of single precision: real(zc_real)
+!   sqrt, exp, log, sin, cos, tan, asin, acos, atan, sinh, cosh, tanh (i)      of an integer: real(zc_real)
+!   floor(i), ceiling(i)    of an integer: the integer itself
+!   anint(x), anint(i)      the nearest integer(zc_int); halves go to the even neighbour
+!   sign(1, i), sign(1.0D0, x)  the first argument with the sign of the second, 0 for 0: integer(zc_int)
+!   mod(a, b)               a - b*floor(a/b): two integers give an integer, else real(zc_real)
+!   max(a, b), min(a, b)    of an integer and a real: real(zc_real)
+!   atan2(x, y)             the angle of the point (x, y), in this order: real(zc_real)
+!   a == b, a /= b          of two logicals: logical
+!   XFactorial(n)           n! of an integer from 0 to 12
+!   XFactorial(x)           Gamma(x + 1)
+!   XFactorial2(n)          n*(n - 2)*... of an integer from -1 to 19
+!   XStringLength(s)        the length of a text without the blanks at its end: integer(zc_int)
+!   XStringReverse(s)       the text from its end to its start: character(len=zc_strlen)
+
+! The intrinsic atan2, out of reach of the one that is declared below.
+module zc_angles
+  use ZentricaPrecision
+  implicit none
+contains
+  elemental function angle(x, y) result(r)
+    real(zc_real), intent(in) :: x, y
+    real(zc_real) :: r
+    r = atan2(y, x)
+  end function
+end module zc_angles
+
+module zc_numbers
+  use ZentricaPrecision
+  use zc_angles
+  implicit none
+  private
+
+
+  public :: real, sqrt, exp, log, sin, cos, tan, asin, acos, atan, sinh, cosh, tanh
+  public :: floor, ceiling, anint, sign, mod, max, min, atan2
+  public :: operator(==), operator(/=)
+  public :: XFactorial, XFactorial2, XStringLength, XStringReverse
+
+  interface real
+    module procedure real_of_int, real_of_real
+  end interface
+  interface exp
+    module procedure exp_of_literal, exp_of_int
+  end interface
+  interface sqrt
+    module procedure sqrt_of_int
+  end interface
+  interface log
+    module procedure log_of_int
+  end interface
+  interface sin
+    module procedure sin_of_int
+  end interface
+  interface cos
+    module procedure cos_of_int
+  end interface
+  interface tan
+    module procedure tan_of_int
+  end interface
+  interface asin
+    module procedure asin_of_int
+  end interface
+  interface acos
+    module procedure acos_of_int
+  end interface
+  interface atan
+    module procedure atan_of_int
+  end interface
+  interface sinh
+    module procedure sinh_of_int
+  end interface
+  interface cosh
+    module procedure cosh_of_int
+  end interface
+  interface tanh
+    module procedure tanh_of_int
+  end interface
+  interface floor
+    module procedure itself
+  end interface
+  interface ceiling
+    module procedure itself
+  end interface
+  interface anint
+    module procedure itself, nearest_even
+  end interface
+  interface sign
+    module procedure sign_of_int, sign_of_real
+  end interface
+  interface mod
+    module procedure mod_int_int, mod_int_real, mod_real_int, mod_real_real
+  end interface
+  interface max
+    module procedure max_int_real, max_real_int
+  end interface
+  interface min
+    module procedure min_int_real, min_real_int
+  end interface
+  interface atan2
+    module procedure angle_int_int, angle_int_real, angle_real_int, angle_real_real
+  end interface
+  interface operator(==)
+    module procedure both_or_neither
+  end interface
+  interface operator(/=)
+    module procedure one_of_two
+  end interface
+  interface XFactorial
+    module procedure factorial_of_int, factorial_of_real
+  end interface
+
+contains
+
+  elemental function real_of_int(i) result(r)
+    integer(zc_int), intent(in) :: i
+    real(zc_real) :: r
+    r = i
+  end function
+
+  elemental function real_of_real(x) result(r)
+    real(zc_real), intent(in) :: x
+    real(zc_real) :: r
+    r = x
+  end function
+
+  ! ---- of integers
+
+  elemental function exp_of_literal(c) result(r)
+    real(zc_single), intent(in) :: c
+    real(zc_real) :: r
+    r = exp(real(c, zc_real))
+  end function
+
+  elemental function exp_of_int(i) result(r)
+    integer(zc_int), intent(in) :: i
+    real(zc_real) :: r
+    r = exp(real(i, zc_real))
+  end function
+
+  elemental function sqrt_of_int(i) result(r)
+    integer(zc_int), intent(in) :: i
+    real(zc_real) :: r
+    r = sqrt(real(i, zc_real))
+  end function
+
+  elemental function log_of_int(i) result(r)
+    integer(zc_int), intent(in) :: i
+    real(zc_real) :: r
+    r = log(real(i, zc_real))
+  end function
+
+  elemental function sin_of_int(i) result(r)
+    integer(zc_int), intent(in) :: i
+    real(zc_real) :: r
+    r = sin(real(i, zc_real))
+  end function
+
+  elemental function cos_of_int(i) result(r)
+    integer(zc_int), intent(in) :: i
+    real(zc_real) :: r
+    r = cos(real(i, zc_real))
+  end function
+
+  elemental function tan_of_int(i) result(r)
+    integer(zc_int), intent(in) :: i
+    real(zc_real) :: r
+    r = tan(real(i, zc_real))
+  end function
+
+  elemental function asin_of_int(i) result(r)
+    integer(zc_int), intent(in) :: i
+    real(zc_real) :: r
+    r = asin(real(i, zc_real))
+  end function
+
+  elemental function acos_of_int(i) result(r)
+    integer(zc_int), intent(in) :: i
+    real(zc_real) :: r
+    r = acos(real(i, zc_real))
+  end function
+
+  elemental function atan_of_int(i) result(r)
+    integer(zc_int), intent(in) :: i
+    real(zc_real) :: r
+    r = atan(real(i, zc_real))
+  end function
+
+  elemental function sinh_of_int(i) result(r)
+    integer(zc_int), intent(in) :: i
+    real(zc_real) :: r
+    r = sinh(real(i, zc_real))
+  end function
+
+  elemental function cosh_of_int(i) result(r)
+    integer(zc_int), intent(in) :: i
+    real(zc_real) :: r
+    r = cosh(real(i, zc_real))
+  end function
+
+  elemental function tanh_of_int(i) result(r)
+    integer(zc_int), intent(in) :: i
+    real(zc_real) :: r
+    r = tanh(real(i, zc_real))
+  end function
+
+  ! ---- to integers
+
+  elemental function itself(i) result(r)
+    integer(zc_int), intent(in) :: i
+    integer(zc_int) :: r
+    r = i
+  end function
+
+  elemental function nearest_even(x) result(r)
+    real(zc_real), intent(in) :: x
+    integer(zc_int) :: r
+    r = nint(x, zc_int)
+    if (abs(x - r) >= 0.5_zc_real) r = 2*nint(x/2, zc_int)  ! a half, which nint rounds away from zero
+  end function
+
+  elemental function sign_of_int(one, i) result(r)
+    integer(zc_int), intent(in) :: one, i
+    integer(zc_int) :: r
+    r = merge(one, 0, i > 0) - merge(one, 0, i < 0)
+  end function
+
+  elemental function sign_of_real(one, x) result(r)
+    real(zc_real), intent(in) :: one, x
+    integer(zc_int) :: r
+    r = int(one, zc_int)*(merge(1, 0, x > 0) - merge(1, 0, x < 0))
+  end function
+
+  ! ---- of two numbers
+
+  elemental function mod_int_int(a, b) result(r)
+    integer(zc_int), intent(in) :: a, b
+    integer(zc_int) :: r
+    r = modulo(a, b)
+  end function
+
+  elemental function mod_int_real(a, b) result(r)
+    integer(zc_int), intent(in) :: a
+    real(zc_real), intent(in) :: b
+    real(zc_real) :: r
+    r = modulo(real(a, zc_real), b)
+  end function
+
+  elemental function mod_real_int(a, b) result(r)
+    real(zc_real), intent(in) :: a
+    integer(zc_int), intent(in) :: b
+    real(zc_real) :: r
+    r = modulo(a, real(b, zc_real))
+  end function
+
+  elemental function mod_real_real(a, b) result(r)
+    real(zc_real), intent(in) :: a, b
+    real(zc_real) :: r
+    r = modulo(a, b)
+  end function
+
+  elemental function max_int_real(a, b) result(r)
+    integer(zc_int), intent(in) :: a
+    real(zc_real), intent(in) :: b
+    real(zc_real) :: r
+    r = max(real(a, zc_real), b)
+  end function
+
+  elemental function max_real_int(a, b) result(r)
+    real(zc_real), intent(in) :: a
+    integer(zc_int), intent(in) :: b
+    real(zc_real) :: r
+    r = max(a, real(b, zc_real))
+  end function
+
+  elemental function min_int_real(a, b) result(r)
+    integer(zc_int), intent(in) :: a
+    real(zc_real), intent(in) :: b
+    real(zc_real) :: r
+    r = min(real(a, zc_real), b)
+  end function
+
+  elemental function min_real_int(a, b) result(r)
+    real(zc_real), intent(in) :: a
+    integer(zc_int), intent(in) :: b
+    real(zc_real) :: r
+    r = min(a, real(b, zc_real))
+  end function
+
+  elemental function angle_real_real(x, y) result(r)
+    real(zc_real), intent(in) :: x, y
+    real(zc_real) :: r
+    r = angle(x, y)
+  end function
+
+  elemental function angle_int_int(x, y) result(r)
+    integer(zc_int), intent(in) :: x, y
+    real(zc_real) :: r
+    r = angle_real_real(real(x, zc_real), real(y, zc_real))
+  end function
+
+  elemental function angle_int_real(x, y) result(r)
+    integer(zc_int), intent(in) :: x
+    real(zc_real), intent(in) :: y
+    real(zc_real) :: r
+    r = angle_real_real(real(x, zc_real), y)
+  end function
+
+  elemental function angle_real_int(x, y) result(r)
+    real(zc_real), intent(in) :: x
+    integer(zc_int), intent(in) :: y
+    real(zc_real) :: r
+    r = angle_real_real(x, real(y, zc_real))
+  end function
+
+  ! ---- of truth values
+
+  elemental function both_or_neither(a, b) result(r)
+    logical, intent(in) :: a, b
+    logical :: r
+    r = a .eqv. b
+  end function
+
+  elemental function one_of_two(a, b) result(r)
+    logical, intent(in) :: a, b
+    logical :: r
+    r = a .neqv. b
+  end function
+
+  ! ---- kinds that are written under their own names
+
+  elemental function factorial_of_int(n) result(r)
+    integer(zc_int), intent(in) :: n
+    integer(zc_int) :: r, k
+    r = 1
+    do k = 2, n
+      r = r*k
+    end do
+  end function
+
+  elemental function factorial_of_real(x) result(r)
+    real(zc_real), intent(in) :: x
+    real(zc_real) :: r
+    r = gamma(x + 1)
+  end function
+
+  elemental function XFactorial2(n) result(r)
+    integer(zc_int), intent(in) :: n
+    integer(zc_int) :: r, k
+    r = 1
+    do k = n, 2, -2
+      r = r*k
+    end do
+  end function
+
+  elemental function XStringLength(s) result(r)
+    character(len=*), intent(in) :: s
+    integer(zc_int) :: r
+    r = len_trim(s)
+  end function
+
+  elemental function XStringReverse(s) result(r)
+    character(len=*), intent(in) :: s
+    character(len=zc_strlen) :: r
+    integer :: i, n
+    n = len_trim(s)
+    r = ''
+    do i = 1, min(n, zc_strlen)
+      r(i:i) = s(n + 1 - i:n + 1 - i)
+    end do
+  end function
+end module zc_numbers

@@ -1,0 +1,831 @@
+// Arrays, sections of arrays, and expressions that are evaluated in one pass.
+//
+// a + 2*b makes no array: it is a small value that knows its operands, and its elements are computed when it is
+// assigned, passed on or subscripted:
+//
+//   Binary<Plus, Ref<double,1>, Binary<Times, Scalar<int>, Ref<double,1>>>
+//
+// Everything with elements derives from Expression<D, T, N>: D its own class, T the element type, N the rank. D offers
+//   shape()            the sizes
+//   flat()             the elements lie one after another, so that one row spans them all
+//   unit()             the elements of each column lie one after another
+//   unit_row(x)        a row[i] for i = 0, 1, ... along the first subscript, the other ones being x[1], x[2], ...;
+//   strided_row(x)     the second for all layouts, the first where unit() holds
+//   at(x)              one element
+//   disturbed_by(d)    whether storing elements into d one after another would spoil elements still to be read
+// Storage is column-major: x(1,1), x(2,1), ... x(1,2), ...
+#ifndef LM_ARRAY_H
+#define LM_ARRAY_H
+
+#include <algorithm>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+
+#include "lm_base.h"
+#include "lm_scalar.h"
+
+namespace lumen {
+
+template <class T, int N>
+class Array;
+template <class T, int N>
+class Section;
+
+// A value that was computed ahead because of a conditional expression, whose branches must have one type: both
+// expressions in c ? a+b : a-b turn into a pointer to one of these. Who takes the pointer frees it.
+template <class T, int N>
+struct Pending {
+  Array<T, N> value;
+};
+
+// The elements that are written: the array that they belong to, the first one and the steps to the next.
+template <int N>
+struct Target {
+  const void* array;
+  const void* array_end;
+  const void* first;
+  const Index* step;
+};
+
+struct ExpressionBase {};
+
+template <class X>
+using plain = std::remove_cv_t<std::remove_reference_t<X>>;
+
+// Something that has elements.
+template <class X>
+inline constexpr bool has_elements = std::is_base_of_v<ExpressionBase, plain<X>>;
+
+// What int stands before: the conversions that C++ makes without a word.
+template <class From, class To>
+inline constexpr bool widens = std::is_same_v<From, To> || std::is_same_v<From, int> || std::is_same_v<To, lm_complex>;
+
+template <class From, class To>
+inline constexpr bool converts = widens<From, To> || (std::is_same_v<From, double> && std::is_same_v<To, int>);
+
+template <class I>
+inline constexpr bool is_range = std::is_same_v<I, R> || std::is_same_v<I, Whole>;
+template <class I>
+inline constexpr bool is_subscript = std::is_arithmetic_v<I> || is_range<I>;
+
+template <class... I>
+inline constexpr int ranges_in = (0 + ... + (is_range<plain<I>> ? 1 : 0));
+
+// ---- rows
+
+template <class T>
+struct UnitRow {
+  const T* p;
+  LM_INLINE T operator[](Index i) const { return p[i]; }
+};
+
+template <class T>
+struct StridedRow {
+  const T* p;
+  Index step;
+  LM_INLINE T operator[](Index i) const { return p[i * step]; }
+};
+
+template <class T>
+struct ConstantRow {
+  T value;
+  LM_INLINE T operator[](Index) const { return value; }
+};
+
+// ---- what every expression can do
+
+template <class D, class T, int N>
+class Expression : public ExpressionBase {
+ public:
+  static_assert(N >= 1 && N <= 4, "arrays have one to four dimensions");
+  using element = T;
+  static constexpr int rank = N;
+
+  const D& self() const { return static_cast<const D&>(*this); }
+
+  // The k-th size, k from 1.
+  int dimension(int k) const {
+    if (LM_UNLIKELY(k < 1 || k > N))
+      fail("dimension(" + std::to_string(k) + ") of an array with " + std::to_string(N) + " dimensions");
+    return static_cast<int>(self().shape().d[k - 1]);
+  }
+  Index size() const { return self().shape().total(); }
+
+  // An element of an expression; with ranges, a new array.
+  template <class... I, std::enable_if_t<sizeof...(I) == N && (is_subscript<I> && ...), int> = 0>
+  auto operator()(const I&... i) const {
+    if constexpr (ranges_in<I...> == 0) {
+      const Shape<N> s = self().shape();
+      Index x[N];
+      int k = 0;
+      ((x[k] = checked_offset(static_cast<Index>(i), s.d, N, k), k++), ...);
+      return self().at(x);
+    } else {
+      return Array<T, ranges_in<I...>>(Array<T, N>(*this)(i...));
+    }
+  }
+
+  // The element at a place that is told by a vector of subscripts.
+  template <class V>
+  T Extract(const V& place) const {
+    const Shape<N> s = self().shape();
+    if (place.dimension(1) != N) fail_shapes("Extract", shape_text(s), shape_text(place.shape()));
+    Index x[N];
+    for (int k = 0; k < N; k++) x[k] = checked_offset(static_cast<Index>(place(k + 1)), s.d, N, k);
+    return self().at(x);
+  }
+
+  // Parts of matrices and vectors: rows or columns a to b, and rectangles by their rows and columns.
+  Array<T, 2> Rows(Index a, Index b) const { return matrix()(R(a, b), All); }
+  Array<T, 2> Cols(Index a, Index b) const { return matrix()(All, R(a, b)); }
+  template <class A>
+  Array<T, 2> Rows(const A& a) const {
+    return matrix()(range(a), All);
+  }
+  template <class A>
+  Array<T, 2> Cols(const A& a) const {
+    return matrix()(All, range(a));
+  }
+  Array<T, 1> Row(Index i) const { return matrix()(i, All); }
+  Array<T, 1> Col(Index j) const { return matrix()(All, j); }
+  Array<T, 2> SubMatrix(Index i1, Index i2, Index j1, Index j2) const { return matrix()(R(i1, i2), R(j1, j2)); }
+  template <class A, class B>
+  Array<T, 2> SubMatrix(const A& rows, const B& cols) const {
+    return matrix()(range(rows), range(cols));
+  }
+  Array<T, 1> SubVector(Index a, Index b) const { return vector()(R(a, b)); }
+  template <class A>
+  Array<T, 1> SubVector(const A& a) const {
+    return vector()(range(a));
+  }
+
+  // See Pending.
+  operator Pending<T, N>*() const { return new Pending<T, N>{Array<T, N>(*this)}; }
+
+ private:
+  static R range(const R& r) { return r; }
+  static Whole range(Whole w) { return w; }
+  static R range(Index i) { return R(i, i); }
+
+  // Arrays themselves, all else evaluated. Dependent, since Array is not complete here.
+  template <class A = Array<T, N>>
+  decltype(auto) matrix() const {
+    static_assert(N == 2, "a matrix is wanted");
+    return evaluated<A>();
+  }
+  template <class A = Array<T, N>>
+  decltype(auto) vector() const {
+    static_assert(N == 1, "a vector is wanted");
+    return evaluated<A>();
+  }
+  template <class A>
+  decltype(auto) evaluated() const {
+    if constexpr (std::is_same_v<D, A>)
+      return static_cast<const A&>(self());
+    else
+      return A(*this);
+  }
+};
+
+// ---- storing
+
+// The address ranges share bytes.
+inline bool overlap(const void* a, const void* a_end, const void* b, const void* b_end) {
+  const std::less<const void*> before{};
+  return before(a, b_end) && before(b, a_end);
+}
+
+#if defined(__clang__)
+#define LM_INDEPENDENT _Pragma("clang loop vectorize(assume_safety)")
+#elif defined(__GNUC__)
+#define LM_INDEPENDENT _Pragma("GCC ivdep")
+#else
+#define LM_INDEPENDENT
+#endif
+
+template <class T, class Row>
+LM_INLINE void store_row(T* d, Index n, const Row& row) {
+  Index i = 0;
+  for (; i + 4 <= n; i += 4) {
+    const T t0 = convert<T>(row[i]), t1 = convert<T>(row[i + 1]), t2 = convert<T>(row[i + 2]),
+            t3 = convert<T>(row[i + 3]);
+    d[i] = t0;
+    d[i + 1] = t1;
+    d[i + 2] = t2;
+    d[i + 3] = t3;
+  }
+  for (; i < n; i++) d[i] = convert<T>(row[i]);
+}
+
+template <class T, class Row>
+LM_INLINE void store_row(T* d, Index step, Index n, const Row& row) {
+  for (Index i = 0; i < n; i++) d[i * step] = convert<T>(row[i]);
+}
+
+// The next column; false behind the last one.
+template <int N>
+bool next_column(Index* x, const Shape<N>& s) {
+  for (int k = 1; k < N; k++) {
+    if (++x[k] < s.d[k]) return true;
+    x[k] = 0;
+  }
+  return false;
+}
+
+template <int N>
+Index offset_of(const Index* x, const Index* step) {
+  Index o = 0;
+  for (int k = 0; k < N; k++) o += x[k] * step[k];
+  return o;
+}
+
+// All elements of e into the places from d on.
+template <class T, int N, class E>
+void store(T* d, const Shape<N>& s, const Index* step, bool flat, const E& e) {
+  const Index total = s.total();
+  if (total == 0) return;
+  Index x[N] = {};
+  if (flat && e.flat()) return store_row(d, total, e.unit_row(x));
+  if (step[0] == 1 && e.unit()) {
+    do store_row(d + offset_of<N>(x, step), s.d[0], e.unit_row(x));
+    while (next_column<N>(x, s));
+    return;
+  }
+  do store_row(d + offset_of<N>(x, step), step[0], s.d[0], e.strided_row(x));
+  while (next_column<N>(x, s));
+}
+
+// ---- arrays
+
+// What plain arrays and references to them have in common: the elements lie one after another from data on.
+template <class D, class T, int N>
+class Dense : public Expression<D, T, N> {
+ public:
+  static bool flat() { return true; }
+  static bool unit() { return true; }
+  UnitRow<T> unit_row(const Index* x) const { return {column(x)}; }
+  StridedRow<T> strided_row(const Index* x) const { return {column(x), 1}; }
+  T at(const Index* x) const {
+    const Array<T, N>& a = this->self().array();
+    return a.data()[a.place(x)];
+  }
+  bool disturbed_by(const Target<N>& t) const {
+    const Array<T, N>& a = this->self().array();
+    if (!overlap(a.data(), a.data() + a.size(), t.array, t.array_end)) return false;
+    Index step[N];
+    a.steps(step);
+    return t.first != a.data() || !std::equal(step, step + N, t.step);
+  }
+
+ private:
+  const T* column(const Index* x) const {
+    Index start[N];
+    start[0] = 0;
+    for (int k = 1; k < N; k++) start[k] = x[k];
+    const Array<T, N>& a = this->self().array();
+    return a.data() + a.place(start);
+  }
+};
+
+// An array that lives longer than the expression.
+template <class T, int N>
+class Ref : public Dense<Ref<T, N>, T, N> {
+ public:
+  explicit Ref(const Array<T, N>& a) : a_(&a) {}
+  const Array<T, N>& array() const { return *a_; }
+  const Shape<N>& shape() const { return a_->shape(); }
+
+ private:
+  const Array<T, N>* a_;
+};
+
+// An array with elements of its own.
+template <class T, int N>
+class Array : public Dense<Array<T, N>, T, N> {
+ public:
+  // Empty: all sizes are 0.
+  Array() : shape_{} {}
+  // With sizes, filled with zeros.
+  template <class... I, std::enable_if_t<sizeof...(I) == N && (std::is_arithmetic_v<I> && ...), int> = 0>
+  explicit Array(I... sizes) : shape_{{static_cast<Index>(sizes)...}}, data_(zeros(shape_)) {}
+  explicit Array(const Shape<N>& s) : shape_(s), data_(zeros(s)) {}
+
+  Array(const Array& a) : shape_(a.shape_), data_(uninitialised(shape_)) { fill_from(a); }
+  Array(Array&& a) noexcept : shape_(a.shape_), data_(std::move(a.data_)) { a.shape_ = Shape<N>{}; }
+  // The value of an expression; int elements become double where that is wanted.
+  template <class D, class U, std::enable_if_t<widens<U, T>, int> = 0>
+  Array(const Expression<D, U, N>& e) : shape_(e.self().shape()), data_(uninitialised(shape_)) {
+    fill_from(e.self());
+  }
+  template <class D, class U, std::enable_if_t<!widens<U, T> && converts<U, T>, int> = 0>
+  explicit Array(const Expression<D, U, N>& e) : shape_(e.self().shape()), data_(uninitialised(shape_)) {
+    fill_from(e.self());
+  }
+  Array(Pending<T, N>* p) : shape_{} {
+    const std::unique_ptr<Pending<T, N>> owner(p);
+    swap(owner->value);
+  }
+
+  // An array takes the sizes of what is assigned to it. The same array may occur on the right side, in any place.
+  Array& operator=(const Array& a) {
+    if (this != &a) assign(a);
+    return *this;
+  }
+  Array& operator=(Array&& a) noexcept {
+    swap(a);
+    return *this;
+  }
+  template <class D, class U, std::enable_if_t<converts<U, T>, int> = 0>
+  Array& operator=(const Expression<D, U, N>& e) {
+    assign(e.self());
+    return *this;
+  }
+  Array& operator=(Pending<T, N>* p) { return *this = Array(p); }
+  // A number fills the array, which keeps its sizes.
+  template <class U, std::enable_if_t<is_number<U> && converts<element_of<U>, T>, int> = 0>
+  Array& operator=(const U& value) {
+    std::fill_n(data(), this->size(), convert<T>(value));
+    return *this;
+  }
+
+  const Array& array() const { return *this; }
+  const Shape<N>& shape() const { return shape_; }
+  T* data() { return data_.get(); }
+  const T* data() const { return data_.get(); }
+  void swap(Array& o) noexcept {
+    std::swap(shape_, o.shape_);
+    std::swap(data_, o.data_);
+  }
+
+  // New sizes, and zeros; nothing happens if the sizes are these already.
+  template <class... I, std::enable_if_t<sizeof...(I) == N && (std::is_arithmetic_v<I> && ...), int> = 0>
+  void SetShape(I... sizes) {
+    const Shape<N> s{{static_cast<Index>(sizes)...}};
+    if (s != shape_) *this = Array(s);
+  }
+
+  // reshape(d1, ..., dN, value): new sizes, filled with a number or with the elements of an array in the order in
+  // which the language lists them, last subscript fastest.
+  template <class... Args>
+  void reshape(const Args&... args) {
+    static_assert(sizeof...(Args) == N + 1, "reshape takes the sizes and a value");
+    reshape_to(std::forward_as_tuple(args...), std::make_index_sequence<N>());
+  }
+
+  // ---- elements
+
+  template <class... I, std::enable_if_t<sizeof...(I) == N && (std::is_arithmetic_v<I> && ...), int> = 0>
+  LM_INLINE T& operator()(I... i) {
+    return data_[element_place(i...)];
+  }
+  template <class... I, std::enable_if_t<sizeof...(I) == N && (std::is_arithmetic_v<I> && ...), int> = 0>
+  LM_INLINE const T& operator()(I... i) const {
+    return data_[element_place(i...)];
+  }
+
+  // A section shares the elements of an array that lives on; of a passing value it is a copy.
+  template <class... I,
+            std::enable_if_t<sizeof...(I) == N && (is_subscript<I> && ...) && (ranges_in<I...> > 0), int> = 0>
+  Section<T, ranges_in<I...>> operator()(const I&... i) const& {
+    return section(i...);
+  }
+  template <class... I,
+            std::enable_if_t<sizeof...(I) == N && (is_subscript<I> && ...) && (ranges_in<I...> > 0), int> = 0>
+  Array<T, ranges_in<I...>> operator()(const I&... i) && {
+    return section(i...);
+  }
+
+  // ---- assignments to sections: Set(subscripts..., value), the value a number or an array of the section's shape
+
+  template <class... Args>
+  void Set(const Args&... args) {
+    static_assert(sizeof...(Args) == N + 1, "Set takes a subscript for each dimension and a value");
+    set_from(std::forward_as_tuple(args...), std::make_index_sequence<N>());
+  }
+  template <class V>
+  void SetRow(Index i, const V& v) {
+    Set(i, All, v);
+  }
+  template <class V>
+  void SetCol(Index j, const V& v) {
+    Set(All, j, v);
+  }
+  template <class V>
+  void SetRows(Index a, Index b, const V& v) {
+    Set(R(a, b), All, v);
+  }
+  template <class V>
+  void SetCols(Index a, Index b, const V& v) {
+    Set(All, R(a, b), v);
+  }
+  template <class V>
+  void SetRows(const R& rows, const V& v) {
+    Set(rows, All, v);
+  }
+  template <class V>
+  void SetCols(const R& cols, const V& v) {
+    Set(All, cols, v);
+  }
+  template <class V>
+  void SetSubMatrix(Index i1, Index i2, Index j1, Index j2, const V& v) {
+    Set(R(i1, i2), R(j1, j2), v);
+  }
+  template <class A, class B, class V>
+  void SetSubMatrix(const A& rows, const B& cols, const V& v) {
+    Set(rows, cols, v);
+  }
+  template <class V>
+  void SetSubVector(Index a, Index b, const V& v) {
+    Set(R(a, b), v);
+  }
+  template <class V>
+  void SetSubVector(const R& r, const V& v) {
+    Set(r, v);
+  }
+
+  // ---- for the other parts of the library
+
+  Index place(const Index* x) const {
+    Index o = x[N - 1];
+    for (int k = N - 2; k >= 0; k--) o = o * shape_.d[k] + x[k];
+    return o;
+  }
+  void steps(Index* step) const {
+    step[0] = 1;
+    for (int k = 1; k < N; k++) step[k] = step[k - 1] * shape_.d[k - 1];
+  }
+
+ private:
+  Shape<N> shape_;
+  std::unique_ptr<T[]> data_;
+
+  static Index checked_total(const Shape<N>& s) {
+    Index n = 1;
+    for (int k = 0; k < N; k++) {
+      if (LM_UNLIKELY(s.d[k] < 0)) fail("an array cannot have the shape " + shape_text(s));
+      if (LM_UNLIKELY(s.d[k] > 0 && n > PTRDIFF_MAX / static_cast<Index>(sizeof(T)) / s.d[k]))
+        fail("an array of the shape " + shape_text(s) + " is too large");
+      n *= s.d[k];
+    }
+    return n;
+  }
+  static std::unique_ptr<T[]> zeros(const Shape<N>& s) {
+    return std::unique_ptr<T[]>(new T[static_cast<std::size_t>(checked_total(s))]());
+  }
+  static std::unique_ptr<T[]> uninitialised(const Shape<N>& s) {
+    return std::unique_ptr<T[]>(new T[static_cast<std::size_t>(checked_total(s))]);
+  }
+
+  template <class E>
+  void fill_from(const E& e) {
+    Index step[N];
+    steps(step);
+    store(data(), shape_, step, true, e);
+  }
+
+  template <class E>
+  void assign(const E& e) {
+    const Shape<N> s = e.shape();
+    Index step[N];
+    steps(step);
+    const Target<N> target{data(), data() + this->size(), data(), step};
+    if (s != shape_ || e.disturbed_by(target)) {
+      Array fresh(s, nullptr);
+      fresh.fill_from(e);
+      swap(fresh);
+    } else {
+      store(data(), shape_, step, true, e);
+    }
+  }
+  Array(const Shape<N>& s, std::nullptr_t) : shape_(s), data_(uninitialised(s)) {}
+
+  template <class... I>
+  LM_INLINE Index element_place(I... i) const {
+    static_assert(sizeof...(I) == N);
+    const Index x[N] = {static_cast<Index>(i)...};
+    if constexpr (N == 1)
+      return checked_offset(x[0], shape_.d, N, 0);
+    else if constexpr (N == 2)
+      return checked_offset(x[0], shape_.d, N, 0) + shape_.d[0] * checked_offset(x[1], shape_.d, N, 1);
+    else if constexpr (N == 3)
+      return checked_offset(x[0], shape_.d, N, 0) +
+             shape_.d[0] * (checked_offset(x[1], shape_.d, N, 1) + shape_.d[1] * checked_offset(x[2], shape_.d, N, 2));
+    else
+      return checked_offset(x[0], shape_.d, N, 0) +
+             shape_.d[0] * (checked_offset(x[1], shape_.d, N, 1) +
+                            shape_.d[1] * (checked_offset(x[2], shape_.d, N, 2) +
+                                           shape_.d[2] * checked_offset(x[3], shape_.d, N, 3)));
+  }
+
+  // Where the elements lie that are chosen by the subscripts. Numbers drop their dimension.
+  template <int M>
+  struct Layout {
+    Index start = 0;
+    Shape<M> shape{};
+    Index step[M] = {};
+    int filled = 0;
+  };
+  template <int M, class I>
+  void choose(Layout<M>* l, const Index* step, const I& i, int k) const {
+    if constexpr (is_range<I>) {
+      const Span span = span_of(i, shape_.d, N, k);
+      l->start += span.start * step[k];
+      l->shape.d[l->filled] = span.n;
+      l->step[l->filled++] = step[k];
+    } else {
+      Index x = static_cast<Index>(i);
+      if (LM_UNLIKELY(x < 1 || x > shape_.d[k])) x = index_from_end(x, shape_.d, N, k);
+      l->start += (x - 1) * step[k];
+    }
+  }
+  template <class... I>
+  Layout<ranges_in<I...>> layout(const I&... i) const {
+    Index step[N];
+    steps(step);
+    Layout<ranges_in<I...>> l;
+    int k = 0;
+    (choose(&l, step, i, k++), ...);
+    return l;
+  }
+  template <class... I>
+  Section<T, ranges_in<I...>> section(const I&... i) const {
+    const auto l = layout(i...);
+    return Section<T, ranges_in<I...>>(data() + l.start, l.shape, l.step);
+  }
+
+  template <class Tuple, std::size_t... K>
+  void set_from(const Tuple& args, std::index_sequence<K...>) {
+    set_section(std::get<N>(args), std::get<K>(args)...);
+  }
+  template <class V, class... I>
+  void set_section(const V& v, const I&... i) {
+    if constexpr (ranges_in<I...> == 0) {
+      (*this)(i...) = convert<T>(v);
+    } else {
+      const auto l = layout(i...);
+      store_section(l.shape, data() + l.start, l.step, v);
+    }
+  }
+  template <int M, class V>
+  void store_section(const Shape<M>& s, T* d, const Index* step, const V& v) {
+    if constexpr (is_number<V>) {
+      store(d, s, step, false, Filled<element_of<V>>{static_cast<element_of<V>>(v)});
+    } else if constexpr (std::is_pointer_v<V>) {
+      store_section(s, d, step, Array<T, M>(v));
+    } else {
+      static_assert(V::rank == M, "the value of Set must be a number or have the rank of the section");
+      static_assert(converts<typename V::element, T>, "the value of Set has elements that do not fit into the array");
+      if (v.shape() != s) fail_shapes("Set", shape_text(s), shape_text(v.shape()));
+      const Target<M> target{data(), data() + this->size(), d, step};
+      if (v.disturbed_by(target))
+        store(d, s, step, false, Array<typename V::element, M>(v));
+      else
+        store(d, s, step, false, v);
+    }
+  }
+  template <class U>
+  struct Filled {
+    U value;
+    static bool flat() { return true; }
+    static bool unit() { return true; }
+    ConstantRow<U> unit_row(const Index*) const { return {value}; }
+    ConstantRow<U> strided_row(const Index*) const { return {value}; }
+  };
+
+  template <class Tuple, std::size_t... K>
+  void reshape_to(const Tuple& args, std::index_sequence<K...>) {
+    Array fresh(std::get<K>(args)...);
+    const auto& value = std::get<N>(args);
+    using V = plain<decltype(value)>;
+    if constexpr (is_number<V>)
+      fresh = value;
+    else
+      fresh.take_listed(value);
+    swap(fresh);
+  }
+  template <class D, class U, int M>
+  void take_listed(const Expression<D, U, M>& e) {
+    const Shape<M> from = e.self().shape();
+    if (from.total() != this->size()) fail_shapes("reshape", shape_text(shape_), shape_text(from));
+    Index x[M] = {}, y[N] = {};
+    for (Index n = this->size(); n > 0; n--) {
+      data_[place(y)] = convert<T>(e.self().at(x));
+      next_listed(x, from.d, M);
+      next_listed(y, shape_.d, N);
+    }
+  }
+
+ public:
+  // The place that follows in a list: the last subscript runs fastest.
+  static void next_listed(Index* x, const Index* d, int n) {
+    for (int k = n - 1; k >= 0; k--) {
+      if (++x[k] < d[k]) return;
+      x[k] = 0;
+    }
+  }
+};
+
+// ---- sections
+
+// Some of the elements of an array; to be read.
+template <class T, int N>
+class Section : public Expression<Section<T, N>, T, N> {
+ public:
+  Section(const T* data, const Shape<N>& s, const Index* step) : data_(data), shape_(s) {
+    std::copy(step, step + N, step_);
+  }
+  const Shape<N>& shape() const { return shape_; }
+  bool unit() const { return step_[0] == 1; }
+  bool flat() const {
+    Index run = 1;
+    for (int k = 0; k < N; k++) {
+      if (step_[k] != run && shape_.d[k] > 1) return false;
+      run *= shape_.d[k];
+    }
+    return step_[0] == 1;
+  }
+  UnitRow<T> unit_row(const Index* x) const { return {data_ + column(x)}; }
+  StridedRow<T> strided_row(const Index* x) const { return {data_ + column(x), step_[0]}; }
+  T at(const Index* x) const { return data_[offset_of<N>(x, step_)]; }
+  bool disturbed_by(const Target<N>& t) const {
+    if (shape_.total() == 0 || !overlap(data_, data_ + reach(), t.array, t.array_end)) return false;
+    return t.first != data_ || !std::equal(step_, step_ + N, t.step);
+  }
+
+ private:
+  const T* data_;
+  Shape<N> shape_;
+  Index step_[N];
+
+  Index column(const Index* x) const {
+    Index o = 0;
+    for (int k = 1; k < N; k++) o += x[k] * step_[k];
+    return o;
+  }
+  // Behind the last element.
+  Index reach() const {
+    Index o = 1;
+    for (int k = 0; k < N; k++) o += (shape_.d[k] - 1) * step_[k];
+    return o;
+  }
+};
+
+// ---- operands
+
+template <class T>
+struct Scalar {
+  using element = T;
+  T value;
+  static bool flat() { return true; }
+  static bool unit() { return true; }
+  ConstantRow<T> unit_row(const Index*) const { return {value}; }
+  ConstantRow<T> strided_row(const Index*) const { return {value}; }
+  T at(const Index*) const { return value; }
+  template <int N>
+  bool disturbed_by(const Target<N>&) const {
+    return false;
+  }
+};
+
+template <class X>
+struct PendingOf : std::false_type {};
+template <class T, int N>
+struct PendingOf<Pending<T, N>*> : std::true_type {
+  using array = Array<T, N>;
+};
+
+template <class X>
+struct ArrayOf : std::false_type {};
+template <class T, int N>
+struct ArrayOf<Array<T, N>> : std::true_type {};
+
+// An argument that stands for an array.
+template <class X>
+inline constexpr bool is_array = has_elements<X> || PendingOf<plain<X>>::value;
+
+// How an expression keeps an operand: arrays that live on by reference, all else by value.
+template <class X>
+auto as_operand(X&& x) {
+  if constexpr (PendingOf<plain<X>>::value)
+    return typename PendingOf<plain<X>>::array(x);
+  else if constexpr (!has_elements<X>)
+    return Scalar<element_of<plain<X>>>{static_cast<element_of<plain<X>>>(x)};
+  else if constexpr (ArrayOf<plain<X>>::value && std::is_lvalue_reference_v<X>)
+    return Ref<typename plain<X>::element, plain<X>::rank>(x);
+  else
+    return plain<X>(std::forward<X>(x));
+}
+template <class X>
+using operand_of = decltype(as_operand(std::declval<X>()));
+
+// ---- nodes
+
+template <class Op, class A>
+struct UnaryRow {
+  A a;
+  LM_INLINE auto operator[](Index i) const { return Op::apply(a[i]); }
+};
+
+template <class Op, class A, class B>
+struct BinaryRow {
+  A a;
+  B b;
+  LM_INLINE auto operator[](Index i) const { return Op::apply(a[i], b[i]); }
+};
+
+template <class Op, class... E>
+using result_of = element_of<decltype(Op::apply(std::declval<typename E::element>()...))>;
+
+template <class Op, class A>
+class Unary : public Expression<Unary<Op, A>, result_of<Op, A>, A::rank> {
+ public:
+  static constexpr int N = A::rank;
+  explicit Unary(A a) : a_(std::move(a)) {}
+  decltype(auto) shape() const { return a_.shape(); }
+  bool flat() const { return a_.flat(); }
+  bool unit() const { return a_.unit(); }
+  auto unit_row(const Index* x) const { return row(a_.unit_row(x)); }
+  auto strided_row(const Index* x) const { return row(a_.strided_row(x)); }
+  auto at(const Index* x) const { return static_cast<result_of<Op, A>>(Op::apply(a_.at(x))); }
+  bool disturbed_by(const Target<N>& t) const { return a_.disturbed_by(t); }
+
+ private:
+  A a_;
+  template <class RowA>
+  static UnaryRow<Op, RowA> row(const RowA& a) {
+    return {a};
+  }
+};
+
+template <class E, class = void>
+struct RankOf {
+  static constexpr int value = 0;
+};
+template <class E>
+struct RankOf<E, std::enable_if_t<has_elements<E>>> {
+  static constexpr int value = E::rank;
+};
+
+// One of the operands may be a number.
+template <class Op, class A, class B>
+class Binary : public Expression<Binary<Op, A, B>, result_of<Op, A, B>, std::max(RankOf<A>::value, RankOf<B>::value)> {
+ public:
+  static constexpr int N = std::max(RankOf<A>::value, RankOf<B>::value);
+  Binary(A a, B b) : a_(std::move(a)), b_(std::move(b)) {
+    if constexpr (has_elements<A> && has_elements<B>) {
+      static_assert(A::rank == B::rank, "the operands must have as many dimensions");
+      if (LM_UNLIKELY(a_.shape() != b_.shape()))
+        fail_shapes(Op::name(), shape_text(a_.shape()), shape_text(b_.shape()));
+    }
+  }
+  decltype(auto) shape() const {
+    if constexpr (has_elements<A>)
+      return a_.shape();
+    else
+      return b_.shape();
+  }
+  bool flat() const { return a_.flat() && b_.flat(); }
+  bool unit() const { return a_.unit() && b_.unit(); }
+  auto unit_row(const Index* x) const { return row(a_.unit_row(x), b_.unit_row(x)); }
+  auto strided_row(const Index* x) const { return row(a_.strided_row(x), b_.strided_row(x)); }
+  auto at(const Index* x) const { return static_cast<result_of<Op, A, B>>(Op::apply(a_.at(x), b_.at(x))); }
+  bool disturbed_by(const Target<N>& t) const { return a_.disturbed_by(t) || b_.disturbed_by(t); }
+
+ private:
+  A a_;
+  B b_;
+  template <class RowA, class RowB>
+  static BinaryRow<Op, RowA, RowB> row(const RowA& a, const RowB& b) {
+    return {a, b};
+  }
+};
+
+// The value of an argument as an array; an array itself is not copied.
+template <class T, int N>
+const Array<T, N>& value_of(const Array<T, N>& a) {
+  return a;
+}
+template <class T, int N>
+Array<T, N> value_of(Pending<T, N>* p) {
+  return Array<T, N>(p);
+}
+template <class D, class T, int N, std::enable_if_t<!ArrayOf<D>::value, int> = 0>
+Array<T, N> value_of(const Expression<D, T, N>& e) {
+  return Array<T, N>(e);
+}
+
+// The type of that value.
+template <class X>
+using value_type = plain<decltype(value_of(std::declval<const plain<X>&>()))>;
+template <class X>
+using element_type = typename value_type<X>::element;
+template <class X>
+inline constexpr int rank_of = value_type<X>::rank;
+
+}  // namespace lumen
+
+#endif
