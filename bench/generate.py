@@ -234,7 +234,8 @@ def cpp_macros(size, calls):
 # ---- operations
 #
 # An expression is a name, a number, or a tuple of an operation and its operands. Numbers have three digits behind the
-# point, so that equal numbers are equal texts.
+# point, so that equal numbers are equal texts. What is divided by is a name or a number, so that no yardstick finds out
+# that it is zero.
 
 LOCALS = ["v%d" % number for number in range(20)]
 PARAMETERS = ["x", "y"]
@@ -243,7 +244,7 @@ FULL_FORM = {"+": "Plus", "-": "Subtract", "*": "Times", "/": "Divide"}
 
 
 def operand(rng, names):
-    return rng.choice(names) if rng.random() < 0.75 else "%d.%03d" % (rng.randrange(100), rng.randrange(1000))
+    return rng.choice(names) if rng.random() < 0.75 else "%d.%03d" % (rng.randrange(1, 100), rng.randrange(1000))
 
 
 def expression_tree(rng, names, operations):
@@ -251,8 +252,9 @@ def expression_tree(rng, names, operations):
         return operand(rng, names)
     if rng.random() < 0.15:
         return (rng.choice(["Sin", "Cos", "Exp", "Sqrt"]), expression_tree(rng, names, operations - 1))
-    left = rng.randrange(operations)
-    return (rng.choice("++-**/"), expression_tree(rng, names, left), expression_tree(rng, names, operations - 1 - left))
+    operator = rng.choice("++-**/")
+    left = operations - 1 if operator == "/" else rng.randrange(operations)
+    return (operator, expression_tree(rng, names, left), expression_tree(rng, names, operations - 1 - left))
 
 
 def statements(operations, seed=4):
