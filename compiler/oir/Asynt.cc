@@ -95,8 +95,12 @@ void forget_walks() {
 #else
   if (yyBlockList) tail_of(yyBlockList)->end = Asynt_PoolFreePtr;
   for (char* pool = yyBlockList; pool; pool = tail_of(pool)->previous) {
-    for (char* p = pool; p < tail_of(pool)->end; p += Asynt_NodeSize(reinterpret_cast<TreeNode*>(p)->yyKind))
+    for (char *p = pool, *next; p < tail_of(pool)->end; p = next) {
+      const unsigned kind = reinterpret_cast<TreeNode*>(p)->yyKind;
+      if (kind >= kAsyntKinds) internal_error(__FILE__, __LINE__);
+      next = p + Asynt_NodeSize(kind);
       forget_walk(p);
+    }
   }
 #endif
 }
