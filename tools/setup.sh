@@ -45,10 +45,11 @@ lacking() {
     check)
       has python3 || echo python3
       has gfortran || echo gfortran
+      has mpicxx || echo libopenmpi-dev
+      has mpirun || echo openmpi-bin
       has clang-format || echo clang-format
       has clang-tidy || echo clang-tidy
       has clang++ || echo clang
-      has gfortran || echo gfortran
       has_fuzzer || echo libclang-rt-dev
       ;;
     bench)

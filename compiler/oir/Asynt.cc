@@ -126,7 +126,7 @@ ScannedKind scanned_kind(const TreeKind& k) {
   s.size = static_cast<uint16_t>(tree_node_size(k));
   s.child_count = k.child_count;
   for (int i = 0; i < k.child_count; i++) {
-    s.offset[i] = static_cast<uint8_t>(sizeof(TreeNode) + 8 * k.children[i]);
+    s.offset[i] = static_cast<uint8_t>(sizeof(TreeNode) + size_t{8} * k.children[i]);
     s.range[i] = k.first_kind[i] | static_cast<uint32_t>(k.last_kind[i] - k.first_kind[i]) << 16;
   }
   return s;
