@@ -44,7 +44,6 @@ lacking() {
       ;;
     check)
       has python3 || echo python3
-      has gfortran || echo gfortran
       has mpicxx || echo libopenmpi-dev
       has mpirun || echo openmpi-bin
       has clang-format || echo clang-format
