@@ -64,6 +64,8 @@ lacking() {
       has maxima || echo maxima
       has opt || echo llvm
       python3 -c 'import sympy' 2>/dev/null || echo python3-sympy
+      [ -e /usr/include/eigen3/Eigen/Dense ] || echo libeigen3-dev
+      [ -e /usr/include/blitz/array.h ] || echo libblitz0-dev
       ;;
   esac
 }

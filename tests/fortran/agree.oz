@@ -37,8 +37,8 @@ real array[5] joined[real array[2] a_, real array[3] b_] := Join[a, b];
 real array[4] shortened[real array[5] a_] := Drop[a, 1];
 real array[0] longer[real array[n] a_, real x_, int n_] := Module[{real array[n] b}, b = x*a; b];
 real element[real array[2, 3] a_, real array[3, 2] b_] := (a . b)[[1, 2]] + a[[2, 3]] - b[[3, 1]];
-real array[3] section[real array[2, 3] a_, real array[3] v_, int i_] :=
-  Module[{real array[2, 3] b}, b = a; b[[i]] = v; b[[_, 2]] = {1.5, 2.5}; b[[1]] + b[[2]]];
+real array[3] section[real array[2, 3] a_, real array[3] v_, real array[2] u_, int i_] :=
+  Module[{real array[2, 3] b}, b = a; b[[i]] = v; b[[_, 2]] = u; b[[1]] + b[[2]]];
 int sizes[real array[2, 3] a_] := 10*Dimensions[a][[1]] + Dimensions[a][[2]];
 int array[2] shapes[real array[2, 3] a_] := Dimensions[a];
 
