@@ -231,10 +231,9 @@ bool answer_call(const AL_IF_function* functions, int n) {
 bool AL_IF_serve(ALINK link, const AL_IF_function* functions, int n) {
   stdlink = link;
   if (!announce(functions, n)) return false;
-  while (ALWaitForLinkActivity(stdlink) == 1) {
-    if (ALNextPacket(stdlink) != ALCallPacket) break;
-    if (!answer_call(functions, n)) return false;
-  }
+  while (ALWaitForLinkActivity(stdlink) == 1 && ALNextPacket(stdlink) == ALCallPacket && answer_call(functions, n))
+    continue;
+  // The host may close the link as soon as it has read the last answer.
   const int error = ALError(stdlink);
   return error == ALErrorNone || error == ALErrorClosed;
 }

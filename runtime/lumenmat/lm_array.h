@@ -12,6 +12,7 @@
 //   unit_row(x)        a row[i] for i = 0, 1, ... along the first subscript, the other ones being x[1], x[2], ...;
 //   strided_row(x)     the second for all layouts, the first where unit() holds
 //   at(x)              one element
+//   prepared()         somewhere inside stands an array that was computed ahead (see Node): there are no rows then
 //   disturbed_by(d)    whether storing elements into d one after another would spoil elements still to be read
 // Storage is column-major: x(1,1), x(2,1), ... x(1,2), ...
 #ifndef LM_ARRAY_H
@@ -19,8 +20,10 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <functional>
 #include <memory>
+#include <string_view>
 #include <tuple>
 #include <type_traits>
 #include <utility>
@@ -34,13 +37,6 @@ template <class T, int N>
 class Array;
 template <class T, int N>
 class Section;
-
-// A value that was computed ahead because of a conditional expression, whose branches must have one type: both
-// expressions in c ? a+b : a-b turn into a pointer to one of these. Who takes the pointer frees it.
-template <class T, int N>
-struct Pending {
-  Array<T, N> value;
-};
 
 // The elements that are written: the array that they belong to, the first one and the steps to the next.
 template <int N>
@@ -163,9 +159,6 @@ class Expression : public ExpressionBase {
     return vector()(range(a));
   }
 
-  // See Pending.
-  operator Pending<T, N>*() const { return new Pending<T, N>{Array<T, N>(*this)}; }
-
  private:
   static R range(const R& r) { return r; }
   static Whole range(Whole w) { return w; }
@@ -243,12 +236,21 @@ Index offset_of(const Index* x, const Index* step) {
   return o;
 }
 
+template <class T, int N, class E>
+LM_COLD void store_elements(T* d, const Shape<N>& s, const Index* step, const E& e) {
+  Index x[N] = {};
+  do
+    for (x[0] = 0; x[0] < s.d[0]; x[0]++) d[offset_of<N>(x, step)] = convert<T>(e.at(x));
+  while (next_column<N>(x, s));
+}
+
 // All elements of e into the places from d on.
 template <class T, int N, class E>
 void store(T* d, const Shape<N>& s, const Index* step, bool flat, const E& e) {
   const Index total = s.total();
   if (total == 0) return;
   Index x[N] = {};
+  if (LM_UNLIKELY(e.prepared())) return store_elements(d, s, step, e);
   if (flat && e.flat()) return store_row(d, total, e.unit_row(x));
   if (step[0] == 1 && e.unit()) {
     do store_row(d + offset_of<N>(x, step), s.d[0], e.unit_row(x));
@@ -259,12 +261,31 @@ void store(T* d, const Shape<N>& s, const Index* step, bool flat, const E& e) {
   while (next_column<N>(x, s));
 }
 
+// ---- operands that are numbers
+
+template <class T>
+struct Scalar {
+  using element = T;
+  T value{};
+  static bool prepared() { return false; }
+  static bool flat() { return true; }
+  static bool unit() { return true; }
+  ConstantRow<T> unit_row(const Index*) const { return {value}; }
+  ConstantRow<T> strided_row(const Index*) const { return {value}; }
+  T at(const Index*) const { return value; }
+  template <int N>
+  bool disturbed_by(const Target<N>&) const {
+    return false;
+  }
+};
+
 // ---- arrays
 
 // What plain arrays and references to them have in common: the elements lie one after another from data on.
 template <class D, class T, int N>
 class Dense : public Expression<D, T, N> {
  public:
+  static bool prepared() { return false; }
   static bool flat() { return true; }
   static bool unit() { return true; }
   UnitRow<T> unit_row(const Index* x) const { return {column(x)}; }
@@ -295,6 +316,7 @@ class Dense : public Expression<D, T, N> {
 template <class T, int N>
 class Ref : public Dense<Ref<T, N>, T, N> {
  public:
+  Ref() : a_(nullptr) {}
   explicit Ref(const Array<T, N>& a) : a_(&a) {}
   const Array<T, N>& array() const { return *a_; }
   const Shape<N>& shape() const { return a_->shape(); }
@@ -325,10 +347,6 @@ class Array : public Dense<Array<T, N>, T, N> {
   explicit Array(const Expression<D, U, N>& e) : shape_(e.self().shape()), data_(uninitialised(shape_)) {
     fill_from(e.self());
   }
-  Array(Pending<T, N>* p) : shape_{} {
-    const std::unique_ptr<Pending<T, N>> owner(p);
-    swap(owner->value);
-  }
 
   // An array takes the sizes of what is assigned to it. The same array may occur on the right side, in any place.
   Array& operator=(const Array& a) {
@@ -344,7 +362,6 @@ class Array : public Dense<Array<T, N>, T, N> {
     assign(e.self());
     return *this;
   }
-  Array& operator=(Pending<T, N>* p) { return *this = Array(p); }
   // A number fills the array, which keeps its sizes.
   template <class U, std::enable_if_t<is_number<U> && converts<element_of<U>, T>, int> = 0>
   Array& operator=(const U& value) {
@@ -460,8 +477,14 @@ class Array : public Dense<Array<T, N>, T, N> {
   }
 
  private:
+  // All bits zero are the number 0 for every element type, and calloc has large arrays of it for nothing.
+  struct Free {
+    void operator()(T* p) const { std::free(p); }
+  };
+  using Storage = std::unique_ptr<T[], Free>;
+
   Shape<N> shape_;
-  std::unique_ptr<T[]> data_;
+  Storage data_;
 
   static Index checked_total(const Shape<N>& s) {
     Index n = 1;
@@ -473,11 +496,17 @@ class Array : public Dense<Array<T, N>, T, N> {
     }
     return n;
   }
-  static std::unique_ptr<T[]> zeros(const Shape<N>& s) {
-    return std::unique_ptr<T[]>(new T[static_cast<std::size_t>(checked_total(s))]());
+  static Storage checked_storage(const Shape<N>& s, Index n, void* p) {
+    if (LM_UNLIKELY(!p && n > 0)) fail("no memory for an array of the shape " + shape_text(s));
+    return Storage(static_cast<T*>(p));
   }
-  static std::unique_ptr<T[]> uninitialised(const Shape<N>& s) {
-    return std::unique_ptr<T[]>(new T[static_cast<std::size_t>(checked_total(s))]);
+  static Storage zeros(const Shape<N>& s) {
+    const Index n = checked_total(s);
+    return checked_storage(s, n, std::calloc(static_cast<std::size_t>(n), sizeof(T)));
+  }
+  static Storage uninitialised(const Shape<N>& s) {
+    const Index n = checked_total(s);
+    return checked_storage(s, n, std::malloc(static_cast<std::size_t>(n) * sizeof(T)));
   }
 
   template <class E>
@@ -573,9 +602,7 @@ class Array : public Dense<Array<T, N>, T, N> {
   template <int M, class V>
   void store_section(const Shape<M>& s, T* d, const Index* step, const V& v) {
     if constexpr (is_number<V>) {
-      store(d, s, step, false, Filled<element_of<V>>{static_cast<element_of<V>>(v)});
-    } else if constexpr (std::is_pointer_v<V>) {
-      store_section(s, d, step, Array<T, M>(v));
+      store(d, s, step, false, Scalar<element_of<V>>{static_cast<element_of<V>>(v)});
     } else {
       static_assert(V::rank == M, "the value of Set must be a number or have the rank of the section");
       static_assert(converts<typename V::element, T>, "the value of Set has elements that do not fit into the array");
@@ -587,15 +614,6 @@ class Array : public Dense<Array<T, N>, T, N> {
         store(d, s, step, false, v);
     }
   }
-  template <class U>
-  struct Filled {
-    U value;
-    static bool flat() { return true; }
-    static bool unit() { return true; }
-    ConstantRow<U> unit_row(const Index*) const { return {value}; }
-    ConstantRow<U> strided_row(const Index*) const { return {value}; }
-  };
-
   template <class Tuple, std::size_t... K>
   void reshape_to(const Tuple& args, std::index_sequence<K...>) {
     Array fresh(std::get<K>(args)...);
@@ -635,10 +653,12 @@ class Array : public Dense<Array<T, N>, T, N> {
 template <class T, int N>
 class Section : public Expression<Section<T, N>, T, N> {
  public:
+  Section() : data_(nullptr), shape_{}, step_{} {}
   Section(const T* data, const Shape<N>& s, const Index* step) : data_(data), shape_(s) {
     std::copy(step, step + N, step_);
   }
   const Shape<N>& shape() const { return shape_; }
+  static bool prepared() { return false; }
   bool unit() const { return step_[0] == 1; }
   bool flat() const {
     Index run = 1;
@@ -676,28 +696,6 @@ class Section : public Expression<Section<T, N>, T, N> {
 
 // ---- operands
 
-template <class T>
-struct Scalar {
-  using element = T;
-  T value;
-  static bool flat() { return true; }
-  static bool unit() { return true; }
-  ConstantRow<T> unit_row(const Index*) const { return {value}; }
-  ConstantRow<T> strided_row(const Index*) const { return {value}; }
-  T at(const Index*) const { return value; }
-  template <int N>
-  bool disturbed_by(const Target<N>&) const {
-    return false;
-  }
-};
-
-template <class X>
-struct PendingOf : std::false_type {};
-template <class T, int N>
-struct PendingOf<Pending<T, N>*> : std::true_type {
-  using array = Array<T, N>;
-};
-
 template <class X>
 struct ArrayOf : std::false_type {};
 template <class T, int N>
@@ -705,14 +703,12 @@ struct ArrayOf<Array<T, N>> : std::true_type {};
 
 // An argument that stands for an array.
 template <class X>
-inline constexpr bool is_array = has_elements<X> || PendingOf<plain<X>>::value;
+inline constexpr bool is_array = has_elements<X>;
 
 // How an expression keeps an operand: arrays that live on by reference, all else by value.
 template <class X>
 auto as_operand(X&& x) {
-  if constexpr (PendingOf<plain<X>>::value)
-    return typename PendingOf<plain<X>>::array(x);
-  else if constexpr (!has_elements<X>)
+  if constexpr (!has_elements<X>)
     return Scalar<element_of<plain<X>>>{static_cast<element_of<plain<X>>>(x)};
   else if constexpr (ArrayOf<plain<X>>::value && std::is_lvalue_reference_v<X>)
     return Ref<typename plain<X>::element, plain<X>::rank>(x);
@@ -740,21 +736,74 @@ struct BinaryRow {
 template <class Op, class... E>
 using result_of = element_of<decltype(Op::apply(std::declval<typename E::element>()...))>;
 
+// A conditional expression needs branches of one type: c ? a+b : a-b. So one kind of node can turn into another one,
+// whose operands stay empty then; instead it has an array that was computed ahead. Which kind turns into which is
+// decided by the order of their names, since C++ wants only one of the two ways to exist. Sections turn into nodes.
+template <class X>
+constexpr std::string_view name_of() {
+#if defined(__GNUC__)
+  return __PRETTY_FUNCTION__;
+#else
+  return __FUNCSIG__;
+#endif
+}
+
+template <class X>
+struct IsSection : std::false_type {};
+template <class T, int N>
+struct IsSection<Section<T, N>> : std::true_type {};
+
+template <class From, class To>
+constexpr bool turns_into() {
+  if constexpr (!has_elements<From> || std::is_same_v<From, To> || ArrayOf<From>::value)
+    return false;
+  else if constexpr (From::rank != To::rank || !std::is_same_v<typename From::element, typename To::element>)
+    return false;
+  else
+    return IsSection<From>::value || name_of<From>() < name_of<To>();
+}
+
+// The array that was computed ahead, or none.
+template <class T, int N>
+class Prepared {
+ public:
+  Prepared() = default;
+  template <class E>
+  explicit Prepared(const E& e) : array_(new Array<T, N>(e)) {}
+  Prepared(const Prepared& o) : array_(o.array_ ? new Array<T, N>(*o.array_) : nullptr) {}
+  Prepared(Prepared&& o) noexcept : array_(std::exchange(o.array_, nullptr)) {}
+  Prepared& operator=(const Prepared&) = delete;
+  ~Prepared() { delete array_; }
+
+  explicit operator bool() const { return array_ != nullptr; }
+  const Array<T, N>* operator->() const { return array_; }
+
+ private:
+  Array<T, N>* array_ = nullptr;
+};
+
 template <class Op, class A>
 class Unary : public Expression<Unary<Op, A>, result_of<Op, A>, A::rank> {
  public:
   static constexpr int N = A::rank;
+  using T = result_of<Op, A>;
+  Unary() = default;
   explicit Unary(A a) : a_(std::move(a)) {}
-  decltype(auto) shape() const { return a_.shape(); }
+  template <class E, std::enable_if_t<turns_into<E, Unary>(), int> = 0>
+  Unary(const E& e) : ready_(e) {}
+
+  Shape<N> shape() const { return ready_ ? ready_->shape() : a_.shape(); }
+  bool prepared() const { return ready_ || a_.prepared(); }
   bool flat() const { return a_.flat(); }
   bool unit() const { return a_.unit(); }
   auto unit_row(const Index* x) const { return row(a_.unit_row(x)); }
   auto strided_row(const Index* x) const { return row(a_.strided_row(x)); }
-  auto at(const Index* x) const { return static_cast<result_of<Op, A>>(Op::apply(a_.at(x))); }
-  bool disturbed_by(const Target<N>& t) const { return a_.disturbed_by(t); }
+  T at(const Index* x) const { return ready_ ? ready_->at(x) : static_cast<T>(Op::apply(a_.at(x))); }
+  bool disturbed_by(const Target<N>& t) const { return !ready_ && a_.disturbed_by(t); }
 
  private:
   A a_;
+  Prepared<T, N> ready_;
   template <class RowA>
   static UnaryRow<Op, RowA> row(const RowA& a) {
     return {a};
@@ -775,6 +824,8 @@ template <class Op, class A, class B>
 class Binary : public Expression<Binary<Op, A, B>, result_of<Op, A, B>, std::max(RankOf<A>::value, RankOf<B>::value)> {
  public:
   static constexpr int N = std::max(RankOf<A>::value, RankOf<B>::value);
+  using T = result_of<Op, A, B>;
+  Binary() = default;
   Binary(A a, B b) : a_(std::move(a)), b_(std::move(b)) {
     if constexpr (has_elements<A> && has_elements<B>) {
       static_assert(A::rank == B::rank, "the operands must have as many dimensions");
@@ -782,22 +833,28 @@ class Binary : public Expression<Binary<Op, A, B>, result_of<Op, A, B>, std::max
         fail_shapes(Op::name(), shape_text(a_.shape()), shape_text(b_.shape()));
     }
   }
-  decltype(auto) shape() const {
+  template <class E, std::enable_if_t<turns_into<E, Binary>(), int> = 0>
+  Binary(const E& e) : ready_(e) {}
+
+  Shape<N> shape() const {
+    if (ready_) return ready_->shape();
     if constexpr (has_elements<A>)
       return a_.shape();
     else
       return b_.shape();
   }
+  bool prepared() const { return ready_ || a_.prepared() || b_.prepared(); }
   bool flat() const { return a_.flat() && b_.flat(); }
   bool unit() const { return a_.unit() && b_.unit(); }
   auto unit_row(const Index* x) const { return row(a_.unit_row(x), b_.unit_row(x)); }
   auto strided_row(const Index* x) const { return row(a_.strided_row(x), b_.strided_row(x)); }
-  auto at(const Index* x) const { return static_cast<result_of<Op, A, B>>(Op::apply(a_.at(x), b_.at(x))); }
-  bool disturbed_by(const Target<N>& t) const { return a_.disturbed_by(t) || b_.disturbed_by(t); }
+  T at(const Index* x) const { return ready_ ? ready_->at(x) : static_cast<T>(Op::apply(a_.at(x), b_.at(x))); }
+  bool disturbed_by(const Target<N>& t) const { return !ready_ && (a_.disturbed_by(t) || b_.disturbed_by(t)); }
 
  private:
   A a_;
   B b_;
+  Prepared<T, N> ready_;
   template <class RowA, class RowB>
   static BinaryRow<Op, RowA, RowB> row(const RowA& a, const RowB& b) {
     return {a, b};
@@ -808,10 +865,6 @@ class Binary : public Expression<Binary<Op, A, B>, result_of<Op, A, B>, std::max
 template <class T, int N>
 const Array<T, N>& value_of(const Array<T, N>& a) {
   return a;
-}
-template <class T, int N>
-Array<T, N> value_of(Pending<T, N>* p) {
-  return Array<T, N>(p);
 }
 template <class D, class T, int N, std::enable_if_t<!ArrayOf<D>::value, int> = 0>
 Array<T, N> value_of(const Expression<D, T, N>& e) {

@@ -1,8 +1,9 @@
 // What all parts of lumenmat share: errors, shapes, ranges.
 //
 // An error of shape or index throws lumen_error, whose text names the operation, the shapes and the index. With
-// LM_NO_CHECKS defined, the checks of single subscripts are left out: x(i) is then one load, and a subscript outside
-// 1..n is undefined behaviour. Shapes and ranges are checked always, since that costs once per operation.
+// LM_NO_CHECKS defined, the checks of single subscripts are left out: x(i) is then one load. A subscript that is not
+// within 1..n, nor a constant like -1, is undefined behaviour then. Shapes and ranges are checked always, since that
+// costs once per operation.
 #ifndef LM_BASE_H
 #define LM_BASE_H
 
@@ -74,19 +75,29 @@ std::string shape_text(const Shape<N>& s) {
 
 // ---- subscripts
 
-// A subscript below zero counts from the end: -1 is the last element. Anything else that gets here is wrong.
-LM_COLD inline Index index_from_end(Index i, const Index* d, int rank, int k) {
-  if (i < 0 && i >= -d[k]) return d[k] + i + 1;
+[[noreturn]] LM_COLD inline void fail_subscript(Index i, const Index* d, int rank, int k) {
   fail("subscript " + std::to_string(k + 1) + " of an array " + shape_text(d, rank) + " is " + std::to_string(i) +
        ", not within 1 to " + std::to_string(d[k]));
 }
 
-// The place of subscript i, counted from zero.
+// A subscript below zero counts from the end: -1 is the last element. Nothing is called here that returns, so that the
+// loop around may keep sizes and addresses in registers.
+LM_INLINE Index index_from_end(Index i, const Index* d, int rank, int k) {
+  if (LM_UNLIKELY(i >= 0 || i < -d[k])) fail_subscript(i, d, rank, k);
+  return d[k] + i + 1;
+}
+
+// The place of subscript i, counted from zero. Without checks only a constant can count from the end.
 LM_INLINE Index checked_offset(Index i, const Index* d, int rank, int k) {
-#ifdef LM_NO_CHECKS
-  (void)d, (void)rank, (void)k;
-#else
+#ifndef LM_NO_CHECKS
   if (LM_UNLIKELY(static_cast<std::size_t>(i - 1) >= static_cast<std::size_t>(d[k]))) i = index_from_end(i, d, rank, k);
+#else
+  (void)rank;
+#if defined(__GNUC__) && defined(__OPTIMIZE__)
+  if (__builtin_constant_p(i) && i < 0) i += d[k] + 1;
+#else
+  if (i < 0) i += d[k] + 1;
+#endif
 #endif
   return i - 1;
 }

@@ -108,11 +108,11 @@ struct Not {
     return !a;
   }
 };
-template <class A, std::enable_if_t<has_elements<A>, int> = 0>
+template <class A, IfArray<A> = 0>
 auto operator-(A&& a) {
   return make_unary<Negate>(std::forward<A>(a));
 }
-template <class A, std::enable_if_t<has_elements<A>, int> = 0>
+template <class A, IfArray<A> = 0>
 auto operator!(A&& a) {
   return make_unary<Not>(std::forward<A>(a));
 }

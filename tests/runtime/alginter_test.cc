@@ -31,8 +31,8 @@ void AL_several() {
   lmif_return(zc_O2);
 }
 
-extern "C" void AL_turned();
-void AL_turned() {
+extern "C" void AL_product();
+void AL_product() {
   get_lumenNNcomplex(z);
   get_lumenNNNNdouble(t);
   get_Nstring(names);
@@ -61,7 +61,7 @@ namespace {
 
 const AL_IF_function kFunctions[] = {{"scaled[x_Real]", "{x}", AL_scaled},
                                      {"several[z_Complex]", "{z}", AL_several},
-                                     {"turned[z_]", "{z}", AL_turned},
+                                     {"product[z_]", "{z}", AL_product},
                                      {"asking[x_]", "{x}", AL_asking},
                                      {"nothing[]", "{}", AL_nothing}};
 

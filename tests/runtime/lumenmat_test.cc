@@ -104,6 +104,10 @@ TYPED_TEST(ArrayTest, ExpressionsAgreeWithElements) {
   for (const bool sum : {true, false}) {
     x = ((sum) ? (a + a) : (a - a));
     EXPECT_TRUE(x == (sum ? 2 : 0) * a);
+    x = 3 * ((sum) ? (a + a) : (a - a)) - ((sum) ? (-a) : (a));
+    EXPECT_TRUE(x == (sum ? 7 : -1) * a);
+    EXPECT_TRUE(((sum) ? (a + a) : (a - a)) == ((sum) ? (2 * a) : (0 * a)));
+    EXPECT_TRUE(-((sum) ? (a + a) : (a - a)) != a);
   }
   const lumen::Array<lm_complex, TestFixture::N> wide = 2 * a;
   EXPECT_TRUE(wide == a + a);
@@ -137,9 +141,7 @@ TEST(Subscripts, CountFromOneAndFromTheEnd) {
   EXPECT_EQ((m + m)(2, 3), 12);
   EXPECT_EQ(text((m + m)(2, All)), "{8, 10, 12}");
   EXPECT_EQ(m.Extract(make_lumenN(2, 1, 3)), 3);
-#ifndef LM_NO_CHECKS
   EXPECT_EQ(m(-1, -3), 4);
-#endif
   doubleNNNN t = counted<double, 4>({{2, 3, 4, 5}});
   EXPECT_EQ(t(2, 3, 4, 5), 120);
   EXPECT_EQ(text(t(1, R(2, 3), 4, 1)), "{36, 56}");
