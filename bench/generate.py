@@ -5,6 +5,8 @@
     bench/generate.py declarations BYTES   a C file of declarations
     bench/generate.py m4 BYTES CALLS       macros in so many bytes, each called so many times (a fraction is possible)
     bench/generate.py cpp BYTES CALLS      the same for the C preprocessor
+    bench/generate.py function OPERATIONS  a model with a function of so many operations
+    bench/generate.py evaluate OPERATIONS  the body of an evaluate function, in quotes
 
 A model is made of groups that are alike in kind and size, so that a longer model is more of the same and times of
 different sizes can be compared: constants and typed functions, a family of classes, then objects of these classes. The
@@ -229,12 +231,147 @@ def cpp_macros(size, calls):
                   "o##_%(name)s := %(value)d.5*o##_%(other)s + (offset - p)^2; ", "class%d(object%d, gain)\n")
 
 
+# ---- operations
+#
+# An expression is a name, a number, or a tuple of an operation and its operands. Numbers have three digits behind the
+# point, so that equal numbers are equal texts. What is divided by is a name or a number, so that no yardstick finds out
+# that it is zero.
+
+LOCALS = ["v%d" % number for number in range(20)]
+PARAMETERS = ["x", "y"]
+OPERATIONS_EACH = 9  # in one expression
+FULL_FORM = {"+": "Plus", "-": "Subtract", "*": "Times", "/": "Divide"}
+
+
+def operand(rng, names):
+    return rng.choice(names) if rng.random() < 0.75 else "%d.%03d" % (rng.randrange(1, 100), rng.randrange(1000))
+
+
+def expression_tree(rng, names, operations):
+    if operations == 0:
+        return operand(rng, names)
+    if rng.random() < 0.15:
+        return (rng.choice(["Sin", "Cos", "Exp", "Sqrt"]), expression_tree(rng, names, operations - 1))
+    operator = rng.choice("++-**/")
+    left = operations - 1 if operator == "/" else rng.randrange(operations)
+    return (operator, expression_tree(rng, names, left), expression_tree(rng, names, operations - 1 - left))
+
+
+def statements(operations, seed=4):
+    """Assignments to locals, (name, expression); with the assignment each counts one operation more."""
+    rng = random.Random(seed)
+    for _ in range(operations // (OPERATIONS_EACH + 1)):
+        yield rng.choice(LOCALS), expression_tree(rng, PARAMETERS + LOCALS, OPERATIONS_EACH)
+
+
+def terms(operations, seed=5):
+    """Terms of a sum; with the addition each counts one operation more."""
+    rng = random.Random(seed)
+    for _ in range(operations // (OPERATIONS_EACH + 1)):
+        yield expression_tree(rng, PARAMETERS, OPERATIONS_EACH)
+
+
+def infix(tree, call="%s(%s)"):
+    if isinstance(tree, str):
+        return tree
+    if len(tree) == 2:
+        return call % (tree[0] if "[" in call else tree[0].lower(), infix(tree[1], call))
+    return "(%s %s %s)" % (infix(tree[1], call), tree[0], infix(tree[2], call))
+
+
+def full_form(tree):
+    if isinstance(tree, str):
+        return "P$`" + tree if tree in PARAMETERS else tree
+    return "%s[%s]" % (FULL_FORM.get(tree[0], tree[0]), ", ".join(map(full_form, tree[1:])))
+
+
+def function_model(operations):
+    body = "".join("  %s = %s;\n" % (name, infix(tree, "%s[%s]")) for name, tree in statements(operations))
+    return ("model Speed;\n\nreal f[real x_, real y_] := Module[{%s},\n%s  v0];\n"
+            % (", ".join("real %s = 0.0" % name for name in LOCALS), body))
+
+
+def evaluate_model():
+    return "model Speed;\n\nreal f[real x_, real y_] := x;\n"
+
+
+def evaluate_body(operations):
+    return '"Plus[%s]"\n' % ",\n".join(map(full_form, terms(operations)))
+
+
+def distinct_operations(operations):
+    """How many operations of the evaluate function's body differ in structure."""
+    numbers = {}
+
+    def number(tree):
+        if isinstance(tree, str):
+            return tree
+        return numbers.setdefault((tree[0], *map(number, tree[1:])), len(numbers))
+
+    for term in terms(operations):
+        number(term)
+    return len(numbers) + 1  # the sum itself
+
+
+def llvm_function(operations):
+    """The same sum for LLVM: it is added up term by term."""
+    calls = {"Sin": "sin", "Cos": "cos", "Exp": "exp", "Sqrt": "sqrt"}
+    operators = {"+": "fadd", "-": "fsub", "*": "fmul", "/": "fdiv"}
+    lines = ["declare double @llvm.%s.f64(double)" % name for name in calls.values()]
+    lines.append("define double @f(double %x, double %y) {")
+
+    def emit(text):
+        lines.append("  %%t%d = %s" % (len(lines), text))
+        return "%%t%d" % (len(lines) - 1)
+
+    def value(tree):
+        if isinstance(tree, str):
+            return "%" + tree if tree in PARAMETERS else tree
+        values = tuple(map(value, tree[1:]))
+        if tree[0] in calls:
+            return emit("call double @llvm.%s.f64(double %s)" % (calls[tree[0]], values[0]))
+        return emit("%s double %s, %s" % (operators[tree[0]], *values))
+
+    total = None
+    for term in terms(operations):
+        total = value(term) if total is None else emit("fadd double %s, %s" % (total, value(term)))
+    return "\n".join(lines + ["  ret double " + total, "}"]) + "\n"
+
+
+def ginac_print(operations):
+    return "".join("print_csrc(%s);\n" % infix(tree) for _, tree in statements(operations))
+
+
+def maxima_print(operations):
+    return "".join("fortran(%s)$\n" % infix(tree) for _, tree in statements(operations))
+
+
+def maxima_optimize(operations):
+    return ("display2d:false$\nlinel:1000000$\nprint(string(optimize(%s)))$\n"
+            % " + ".join(map(infix, terms(operations))))
+
+
+SYMPY = """import sympy
+names = {name: sympy.Symbol(name) for name in %(names)r}
+names.update({name: getattr(sympy, name) for name in ("sin", "cos", "exp", "sqrt")})
+compiled = [sympy.parse_expr(line, names) for line in open(%(file)r)]
+"""
+
+
+def sympy_program(file, use):
+    return SYMPY % {"names": PARAMETERS + LOCALS, "file": file} + use
+
+
 def main():
     kind = sys.argv[1] if len(sys.argv) > 2 else ""
     if kind == "model":
         sys.stdout.write(model(int(sys.argv[2])))
     elif kind == "declarations":
         sys.stdout.write(c_declarations(int(sys.argv[2])))
+    elif kind == "function":
+        sys.stdout.write(function_model(int(sys.argv[2])))
+    elif kind == "evaluate":
+        sys.stdout.write(evaluate_body(int(sys.argv[2])))
     elif kind in ("m4", "cpp") and len(sys.argv) == 4:
         make = m4_macros if kind == "m4" else cpp_macros
         sys.stdout.write(make(int(sys.argv[2]), float(sys.argv[3])))

@@ -1,8 +1,12 @@
-# oz_generate(TARGET target MODEL model.oz FUNCTIONS Model/f ... [VARIABLES Model/x ...] [LANGUAGE C++] [NAME name] [LINK])
+# oz_generate(TARGET target MODEL model.oz FUNCTIONS Model/f ... [VARIABLES Model/x ...] [LANGUAGE C++|Fortran90]
+#             [NAME name] [LINK])
 #
-# Compiles functions and global variables of a model into C++ when the target is built, adds the result to the target
-# and lets it use the array library. The header is <name>.h; the name is that of the model's file unless NAME tells
-# another one. The files are made again when the model or the compiler changes.
+# Compiles functions and global variables of a model into C++ or Fortran when the target is built, adds the result to the
+# target and lets it use the libraries of generated code. The header is <name>.h; the name is that of the model's file
+# unless NAME tells another one. The files are made again when the model or the compiler changes.
+#
+# In Fortran the files have the name of the model itself, since the module zc_<Model> includes one of them by it; NAME has no
+# effect. The project must have the language Fortran enabled.
 #
 #   TARGET     a library or an executable that exists already
 #   FUNCTIONS  paths with slashes: Model/f, object/part/f
@@ -27,45 +31,75 @@ function(oz_generate)
   if(NOT arg_LANGUAGE)
     set(arg_LANGUAGE C++)
   endif()
-  if(NOT arg_LANGUAGE STREQUAL "C++")
-    message(FATAL_ERROR "oz_generate: the language ${arg_LANGUAGE} is not supported, only C++")
+  if(NOT arg_LANGUAGE MATCHES "^(C\\+\\+|Fortran90)$")
+    message(FATAL_ERROR "oz_generate: the language ${arg_LANGUAGE} is not supported, only C++ and Fortran90")
   endif()
 
   get_filename_component(model ${arg_MODEL} ABSOLUTE)
+  set(fortran FALSE)
+  if(arg_LANGUAGE STREQUAL "Fortran90")
+    set(fortran TRUE)
+    if(NOT TARGET oz::zentrica)
+      message(FATAL_ERROR "oz_generate: there is no runtime for Fortran; was a Fortran compiler found?")
+    endif()
+    file(STRINGS ${model} head REGEX "^ *model +[A-Za-z0-9$]+" LIMIT_COUNT 1)
+    string(REGEX REPLACE "^ *model +([A-Za-z0-9$]+).*" "\\1" arg_NAME "${head}")
+  endif()
   if(NOT arg_NAME)
     get_filename_component(arg_NAME ${model} NAME_WE)
   endif()
   set(folder ${CMAKE_CURRENT_BINARY_DIR}/oz/${arg_TARGET})
   file(MAKE_DIRECTORY ${folder})
   set(base ${folder}/${arg_NAME})
-  set(sources ${base}.cc)
+  if(fortran)
+    set(suffix .f90)
+    set(headers ${base}Ext.f90inc ${base}.f90mac)
+    set(runtime oz::zentrica)
+    set(interface oz::zentrica)
+  else()
+    set(suffix .cc)
+    set(headers ${base}.h ${base}.icc)
+    set(runtime oz::lumenmat)
+    set(interface oz::alginter)
+  endif()
+  set(sources ${base}${suffix})
   set(wrappers)
   if(arg_LINK)
-    list(APPEND sources ${base}if.cc)
+    list(APPEND sources ${base}if${suffix})
     set(wrappers -w)
   endif()
-  set(entities)
+  set(functions)
   foreach(function ${arg_FUNCTIONS})
-    list(APPEND entities f:${function})
+    list(APPEND functions f:${function})
   endforeach()
+  set(variables)
   foreach(variable ${arg_VARIABLES})
     if(variable STREQUAL "ALL")
       set(variable "")
     endif()
-    list(APPEND entities v:${variable})
+    list(APPEND variables v:${variable})
   endforeach()
+  # In Fortran no declaration may follow the first function.
+  set(entities ${functions} ${variables})
+  if(fortran)
+    set(entities ${variables} ${functions})
+  endif()
 
   add_custom_command(
-    OUTPUT ${sources} ${base}.h ${base}.icc
+    OUTPUT ${sources} ${headers}
     COMMAND oz::ozgen ${wrappers} ${arg_LANGUAGE} ${folder} ${arg_NAME} ${model} ${entities}
     DEPENDS ${model} oz::ozgen
-    COMMENT "Generating ${arg_NAME}.cc from ${arg_MODEL}"
+    COMMENT "Generating ${arg_NAME}${suffix} from ${arg_MODEL}"
     VERBATIM)
-  target_sources(${arg_TARGET} PRIVATE ${sources} ${base}.h)
+  target_sources(${arg_TARGET} PRIVATE ${sources} ${headers})
+  if(fortran)
+    set_source_files_properties(${sources} PROPERTIES Fortran_PREPROCESS ON COMPILE_OPTIONS -cpp
+                                                      OBJECT_DEPENDS "${headers}")
+  endif()
   # Other targets that use this one see the header, too.
   target_include_directories(${arg_TARGET} PUBLIC $<BUILD_INTERFACE:${folder}>)
-  target_link_libraries(${arg_TARGET} PUBLIC oz::lumenmat)
+  target_link_libraries(${arg_TARGET} PUBLIC ${runtime})
   if(arg_LINK)
-    target_link_libraries(${arg_TARGET} PUBLIC oz::alginter)
+    target_link_libraries(${arg_TARGET} PUBLIC ${interface})
   endif()
 endfunction()

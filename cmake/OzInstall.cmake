@@ -6,6 +6,10 @@ set(package ${CMAKE_INSTALL_LIBDIR}/cmake/oz)
 install(TARGETS oz ozgen lumenmat alginter algelink EXPORT ozTargets
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+if(TARGET zentrica)
+  install(TARGETS zentrica EXPORT ozTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  install(DIRECTORY ${CMAKE_BINARY_DIR}/runtime/fortran/modules/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/oz/fortran)
+endif()
 install(EXPORT ozTargets NAMESPACE oz:: DESTINATION ${package})
 install(DIRECTORY runtime/lumenmat/ runtime/alginter/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/oz
         FILES_MATCHING PATTERN "*.h")

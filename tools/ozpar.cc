@@ -85,7 +85,7 @@ struct Request {
   const char* source = "-";  // the file of the text, or the name of the definition
 };
 
-__attribute__((format(printf, 1, 2))) [[noreturn]] void refuse(const char* format, ...) {
+[[noreturn, gnu::format(printf, 1, 2)]] void refuse(const char* format, ...) {
   va_list args;
   va_start(args, format);
   std::fputs("ozpar: ", stderr);
@@ -437,6 +437,18 @@ void write_schedule(tAsynt system, Language language) {
   }
 }
 
+// The instrument says nothing of what it cannot reach.
+void measure(tAsynt list) {
+  const int symbols = BuildDdg(list);
+  TraverseDdgTD(Ddg_child, note_tied);
+  int tied = 0;
+  for (tDdg node : tied_nodes) tied += Ddg_Kind(node) == kNode && node != Ddg_child && node != Ddg_parent;
+  if (tied < symbols)
+    warning_msg("The table leaves out %d of %d symbols, which the last assignment is not connected with",
+                symbols - tied, symbols);
+  scheduleddg(list);
+}
+
 // The instrument's statuses: 5 says that the table is complete.
 void end_of_table(int status) {
   if (status != 5) std::fputc('\n', stderr);
@@ -451,6 +463,7 @@ void write_product(tAsynt system, const Request& r) {
     case schedule: return write_schedule(system, r.language);
     case table:
       listsched_Exit = end_of_table;
+      cse_schedule = measure;
       parallelized(system);
       return;
     case graph:

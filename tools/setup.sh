@@ -44,10 +44,12 @@ lacking() {
       ;;
     check)
       has python3 || echo python3
+      has gfortran || echo gfortran
+      has mpicxx || echo libopenmpi-dev
+      has mpirun || echo openmpi-bin
       has clang-format || echo clang-format
       has clang-tidy || echo clang-tidy
       has clang++ || echo clang
-      has gfortran || echo gfortran
       has_fuzzer || echo libclang-rt-dev
       ;;
     bench)
@@ -58,6 +60,10 @@ lacking() {
     peers)
       has m4 || echo m4
       has tcc || echo tcc
+      has ginsh || echo ginac-tools
+      has maxima || echo maxima
+      has opt || echo llvm
+      python3 -c 'import sympy' 2>/dev/null || echo python3-sympy
       [ -e /usr/include/eigen3/Eigen/Dense ] || echo libeigen3-dev
       [ -e /usr/include/blitz/array.h ] || echo libblitz0-dev
       ;;

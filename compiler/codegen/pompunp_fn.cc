@@ -412,6 +412,12 @@ void CP_Generate_Body_WithNoReturnedValue(tAsynt body) {
 
 // ---- functions
 
+// The function being written, and the number of its out-parameters.
+struct {
+  tAsynt name;
+  int results;
+} current;
+
 // The type of a function's value, or null if it has none. Several values have become out-parameters by now.
 tAsynt returned_type(tAsynt name) {
   const tAsynt typ = SymInfo_Type(name);
@@ -513,14 +519,18 @@ void output_tm_end() {
 
 }  // namespace
 
+int CPown_results(tAsynt sym) { return sym == current.name ? current.results : 0; }
+
 void CPunparse_fn(tAsynt name, tAsynt params, tAsynt body) {
   currentBody = body;
+  current = {name, each_outparam(params, [](tAsynt) {})};
   const tAsynt type = returned_type(name);
   if (!glob_genmode_flag) CPoutput_tm_beginning(name);
   if (Is_stub_generated(body))
     CPunparse_stub(name, params, body, type ? type : mNoType());
   else
     output_function(name, params, body, type);
+  current = {};
   if (glob_genmode_flag) return;
   if (type)
     output_value_wrapper(name, params);

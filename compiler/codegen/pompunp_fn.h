@@ -20,6 +20,10 @@ const char* CPoriginal_name(tAsynt sym);
 // The package of the host that a function belongs to.
 std::string CPfunction_context(tAsynt sym);
 
+// The number of out-parameters of a symbol information if it is the function being written, else 0. Its type tells
+// nothing of them: it has become that of a function without a value.
+int CPown_results(tAsynt sym);
+
 // Whether a symbol information has a type that can be declared.
 bool CPhas_type(tAsynt sym);
 

@@ -213,6 +213,7 @@ bool write_method(tAsynt list, const char* name) {
 // False: no statement of this kind and form.
 bool write_stmt(tAsynt t) {
   switch (Asynt_Kind(t)) {
+    case kEmpty:  // the body of a loop that has none
     case kXVoidFunc:
     case kXNull: return true;
     case kXWhile: return write_while(t);

@@ -14,6 +14,7 @@
 
 #include "oz.h"
 #include "ozerrors.h"
+#include "pompunp_fn.h"
 #include "pompunp_stmt.h"
 
 namespace oz {
@@ -210,10 +211,20 @@ void write_conditional_value(tAsynt t) {
                      Asynt_Kind(no) == kEmpty ? no : make_set(t, Binary_LHS(t), no)));
 }
 
+// A function declared with a list of one type hands its result out like one of several.
+bool hands_out(tAsynt fun, tAsynt targets) {
+  const tAsynt typ = CPtype(fun);
+  if (!Asynt_IsType(typ, kMultiType)) return false;
+  const int own = CPown_results(CPsymbol_info(fun));
+  if (Is_mulret_type(typ) || own > 1) return true;
+  const bool one = own == 1 || Asynt_Kind(MultiType_Types(typ)) == kType1;
+  return one && CPhas_length(targets, 1);
+}
+
 }  // namespace
 
 char CPunparse_mulret_funcall(tAsynt lhs, tAsynt args, tAsynt fun) {
-  if (!Is_mulret_type(CPtype(fun))) return 0;
+  if (!hands_out(fun, lhs)) return 0;
   cpoutput_indentation(0);
   CPunparseVal(fun);
   CPwrite_list_call(" (", args, CPis_cell(args) ? ", " : "");

@@ -95,8 +95,12 @@ void forget_walks() {
 #else
   if (yyBlockList) tail_of(yyBlockList)->end = Asynt_PoolFreePtr;
   for (char* pool = yyBlockList; pool; pool = tail_of(pool)->previous) {
-    for (char* p = pool; p < tail_of(pool)->end; p += Asynt_NodeSize(reinterpret_cast<TreeNode*>(p)->yyKind))
+    for (char *p = pool, *next; p < tail_of(pool)->end; p = next) {
+      const unsigned kind = reinterpret_cast<TreeNode*>(p)->yyKind;
+      if (kind >= kAsyntKinds) internal_error(__FILE__, __LINE__);
+      next = p + Asynt_NodeSize(kind);
       forget_walk(p);
+    }
   }
 #endif
 }
@@ -122,7 +126,7 @@ ScannedKind scanned_kind(const TreeKind& k) {
   s.size = static_cast<uint16_t>(tree_node_size(k));
   s.child_count = k.child_count;
   for (int i = 0; i < k.child_count; i++) {
-    s.offset[i] = static_cast<uint8_t>(sizeof(TreeNode) + 8 * k.children[i]);
+    s.offset[i] = static_cast<uint8_t>(sizeof(TreeNode) + size_t{8} * k.children[i]);
     s.range[i] = k.first_kind[i] | static_cast<uint32_t>(k.last_kind[i] - k.first_kind[i]) << 16;
   }
   return s;

@@ -140,12 +140,12 @@ void TraverseAsyntTD(tAsynt t, void (*proc)(tAsynt));
 // such a subtree is still visited at a later reference outside.
 void TraverseAsyntTD2(tAsynt* t, char (*proc)(tAsynt*));
 
-// The same in half the time, for walks that look at a tree or put leaves in the places of subtrees: the walk does not go
-// on below a replacement.
+// The same in half the time, for walks that look at a tree or put leaves in the places of subtrees: the walk does not
+// go on below a replacement.
 void WalkAsynt(tAsynt* t, char (*proc)(tAsynt*));
 
-// For walks written elsewhere: the number of a walk that begins now. No node's yySeen holds it yet; it is good until the
-// next walk begins.
+// For walks written elsewhere: the number of a walk that begins now. No node's yySeen holds it yet; it is good until
+// the next walk begins.
 uint16_t Asynt_NewWalk();
 
 // Reverses a list in place; anything but a list cell is returned as it is.

@@ -10,8 +10,6 @@
 #include <cstring>
 #include <string>
 
-#include "Errors.h"
-#include "System.h"
 #include "al_cmds.h"
 #include "driver_parts.h"
 #include "oz.h"
@@ -38,12 +36,6 @@ std::string held(std::string name) {
   return "Hold[" + name + "]";
 }
 
-[[noreturn]] void body_failure(const std::string& text) {
-  std::fputs(text.c_str(), stderr);
-  Errors_Exit();
-  Exit(1);
-}
-
 // The bytes of a file as far as they can be read, and how many there should be.
 struct Contents {
   std::string bytes;
@@ -68,15 +60,14 @@ Contents read_whole(FILE* f) {
 
 // The body in a file: one text in double quotes. The quotes and what follows the closing one become blanks.
 std::string read_body(const char* file_name) {
-  if (!file_name) body_failure(" -E filename required ");
+  if (!file_name) die_msg(" -E filename required ");
   FILE* const f = std::fopen(file_name, "r");
-  if (!f) body_failure("File " + std::string(file_name) + " not found");
+  if (!f) die_msg("File %s not found", file_name);
   Contents c = read_whole(f);
   std::fclose(f);
   const long received = static_cast<long>(c.bytes.size());
   if (received < c.required)
-    body_failure("File " + std::string(file_name) + " bad reading result, required " + std::to_string(c.required) +
-                 " received " + std::to_string(received) + " bytes");
+    die_msg("File %s bad reading result, required %ld received %ld bytes", file_name, c.required, received);
   std::string& body = c.bytes;
   if (body.empty()) return " ";
   body[0] = ' ';

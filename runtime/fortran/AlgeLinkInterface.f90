@@ -60,71 +60,71 @@ module alif_elements
 
   ! Of algelink.h.
   interface
-    function ALErrorMessage(link) bind(c) result(text)
+    function ALErrorMessage(link) bind(c, name='ALErrorMessage') result(text)
       import c_ptr
       type(c_ptr), value :: link
       type(c_ptr) :: text
     end function
-    function ALNewPacket(link) bind(c) result(done)
+    function ALNewPacket(link) bind(c, name='ALNewPacket') result(done)
       import c_ptr, c_int
       type(c_ptr), value :: link
       integer(c_int) :: done
     end function
-    function ALGetType(link) bind(c) result(token)
+    function ALGetType(link) bind(c, name='ALGetType') result(token)
       import c_ptr, c_int
       type(c_ptr), value :: link
       integer(c_int) :: token
     end function
-    function ALTestHead(link, head, n) bind(c) result(done)
+    function ALTestHead(link, head, n) bind(c, name='ALTestHead') result(done)
       import c_ptr, c_int, c_char
       type(c_ptr), value :: link
       character(kind=c_char), intent(in) :: head(*)
       integer(c_int), intent(out) :: n
       integer(c_int) :: done
     end function
-    function ALGetInteger(link, i) bind(c) result(done)
+    function ALGetInteger(link, i) bind(c, name='ALGetInteger') result(done)
       import c_ptr, c_int
       type(c_ptr), value :: link
       integer(c_int), intent(out) :: i
       integer(c_int) :: done
     end function
-    function ALGetReal(link, x) bind(c) result(done)
+    function ALGetReal(link, x) bind(c, name='ALGetReal') result(done)
       import c_ptr, c_int, c_double
       type(c_ptr), value :: link
       real(c_double), intent(out) :: x
       integer(c_int) :: done
     end function
-    function ALGetByteString(link, bytes, n) bind(c) result(done)
+    function ALGetByteString(link, bytes, n) bind(c, name='ALGetByteString') result(done)
       import c_ptr, c_int, c_size_t
       type(c_ptr), value :: link
       type(c_ptr), intent(out) :: bytes
       integer(c_size_t), intent(out) :: n
       integer(c_int) :: done
     end function
-    subroutine ALReleaseByteString(link, bytes) bind(c)
+    subroutine ALReleaseByteString(link, bytes) bind(c, name='ALReleaseByteString')
       import c_ptr
       type(c_ptr), value :: link, bytes
     end subroutine
-    function ALPutInteger(link, i) bind(c) result(done)
+    function ALPutInteger(link, i) bind(c, name='ALPutInteger') result(done)
       import c_ptr, c_int
       type(c_ptr), value :: link
       integer(c_int), value :: i
       integer(c_int) :: done
     end function
-    function ALPutReal(link, x) bind(c) result(done)
+    function ALPutReal(link, x) bind(c, name='ALPutReal') result(done)
       import c_ptr, c_int, c_double
       type(c_ptr), value :: link
       real(c_double), value :: x
       integer(c_int) :: done
     end function
-    function ALPutByteString(link, bytes, n) bind(c) result(done)
+    function ALPutByteString(link, bytes, n) bind(c, name='ALPutByteString') result(done)
       import c_ptr, c_int, c_size_t, c_char
       type(c_ptr), value :: link
       character(kind=c_char), intent(in) :: bytes(*)
       integer(c_size_t), value :: n
       integer(c_int) :: done
     end function
-    function ALPutFunction(link, head, n) bind(c) result(done)
+    function ALPutFunction(link, head, n) bind(c, name='ALPutFunction') result(done)
       import c_ptr, c_int, c_char
       type(c_ptr), value :: link
       character(kind=c_char), intent(in) :: head(*)
@@ -385,59 +385,59 @@ module AlgeLinkInterface
 
   ! Of algelink.h.
   interface
-    function ALInitialize(parameters) bind(c) result(env)
+    function ALInitialize(parameters) bind(c, name='ALInitialize') result(env)
       import c_ptr
       type(c_ptr), value :: parameters
       type(c_ptr) :: env
     end function
-    function ALOpenString(env, commandline, error) bind(c) result(link)
+    function ALOpenString(env, commandline, error) bind(c, name='ALOpenString') result(link)
       import c_ptr, c_int, c_char
       type(c_ptr), value :: env
       character(kind=c_char), intent(in) :: commandline(*)
       integer(c_int), intent(out) :: error
       type(c_ptr) :: link
     end function
-    function ALConnect(link) bind(c) result(done)
+    function ALConnect(link) bind(c, name='ALConnect') result(done)
       import c_ptr, c_int
       type(c_ptr), value :: link
       integer(c_int) :: done
     end function
-    subroutine ALClose(link) bind(c)
+    subroutine ALClose(link) bind(c, name='ALClose')
       import c_ptr
       type(c_ptr), value :: link
     end subroutine
-    function ALCreateMessageHandler(env, handler, unused) bind(c) result(object)
+    function ALCreateMessageHandler(env, handler, unused) bind(c, name='ALCreateMessageHandler') result(object)
       import c_ptr, c_funptr
       type(c_ptr), value :: env, unused
       type(c_funptr), value :: handler
       type(c_ptr) :: object
     end function
-    function ALSetMessageHandler(link, object) bind(c) result(done)
+    function ALSetMessageHandler(link, object) bind(c, name='ALSetMessageHandler') result(done)
       import c_ptr, c_int
       type(c_ptr), value :: link, object
       integer(c_int) :: done
     end function
-    function ALWaitForLinkActivity(link) bind(c) result(active)
+    function ALWaitForLinkActivity(link) bind(c, name='ALWaitForLinkActivity') result(active)
       import c_ptr, c_int
       type(c_ptr), value :: link
       integer(c_int) :: active
     end function
-    function ALNextPacket(link) bind(c) result(code)
+    function ALNextPacket(link) bind(c, name='ALNextPacket') result(code)
       import c_ptr, c_int
       type(c_ptr), value :: link
       integer(c_int) :: code
     end function
-    function ALEndPacket(link) bind(c) result(done)
+    function ALEndPacket(link) bind(c, name='ALEndPacket') result(done)
       import c_ptr, c_int
       type(c_ptr), value :: link
       integer(c_int) :: done
     end function
-    function ALFlush(link) bind(c) result(done)
+    function ALFlush(link) bind(c, name='ALFlush') result(done)
       import c_ptr, c_int
       type(c_ptr), value :: link
       integer(c_int) :: done
     end function
-    function ALPutSymbol(link, name) bind(c) result(done)
+    function ALPutSymbol(link, name) bind(c, name='ALPutSymbol') result(done)
       import c_ptr, c_int, c_char
       type(c_ptr), value :: link
       character(kind=c_char), intent(in) :: name(*)

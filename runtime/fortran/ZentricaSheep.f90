@@ -6,7 +6,7 @@
 ! rows are a(:,1) and a(:,2). All functions are pure.
 !
 !   zc_mkc(e)                    {e}                  e of rank 0 to 3; one rank more, with the last dimension 1
-!   zc_mkpc(e, rest)             {e, ...}             e of rank 0 to 3, rest of one rank more; one more in the last dimension
+!   zc_mkpc(e, rest)             {e, ...}             e of rank 0 to 3, rest of one rank more; longer by one in the last
 !   zc_append(list, e)           list and e           list of rank 1 to 4, e of one rank less
 !   zc_prepend(list, e)          e and list           likewise
 !   zc_join(a, b)                a and b end to end   of equal rank 1 to 4; joined in the last dimension

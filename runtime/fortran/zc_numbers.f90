@@ -14,7 +14,6 @@
 !   mod(a, b)               a - b*floor(a/b): two integers give an integer, else real(zc_real)
 !   max(a, b), min(a, b)    of an integer and a real: real(zc_real)
 !   atan2(x, y)             the angle of the point (x, y), in this order: real(zc_real)
-!   a == b, a /= b          of two logicals: logical
 !   XFactorial(n)           n! of an integer from 0 to 12
 !   XFactorial(x)           Gamma(x + 1)
 !   XFactorial2(n)          n*(n - 2)*... of an integer from -1 to 19
@@ -42,7 +41,6 @@ module zc_numbers
 
   public :: real, sqrt, exp, log, sin, cos, tan, asin, acos, atan, sinh, cosh, tanh
   public :: floor, ceiling, anint, sign, mod, max, min, atan2
-  public :: operator(==), operator(/=)
   public :: XFactorial, XFactorial2, XStringLength, XStringReverse
 
   interface real
@@ -107,12 +105,6 @@ module zc_numbers
   end interface
   interface atan2
     module procedure angle_int_int, angle_int_real, angle_real_int, angle_real_real
-  end interface
-  interface operator(==)
-    module procedure both_or_neither
-  end interface
-  interface operator(/=)
-    module procedure one_of_two
   end interface
   interface XFactorial
     module procedure factorial_of_int, factorial_of_real
@@ -319,20 +311,6 @@ contains
     integer(zc_int), intent(in) :: y
     real(zc_real) :: r
     r = angle_real_real(x, real(y, zc_real))
-  end function
-
-  ! ---- of truth values
-
-  elemental function both_or_neither(a, b) result(r)
-    logical, intent(in) :: a, b
-    logical :: r
-    r = a .eqv. b
-  end function
-
-  elemental function one_of_two(a, b) result(r)
-    logical, intent(in) :: a, b
-    logical :: r
-    r = a .neqv. b
   end function
 
   ! ---- kinds that are written under their own names

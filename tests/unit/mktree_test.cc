@@ -34,6 +34,7 @@ TEST(MkTree, RejectsBadSchemas) {
     const char* result;
   } rows[] = {
       {"tree T\n0 NoT\n1 A { x:int }\n2 B : A { c:A }\n", "0 "},
+      {"tree T\n0 NoT\n1 A { any:T }\n", "0 "},
       {"tree T\n0 NoT\n2 A\n", "1 t.tree:3: kind A has the wrong number\n"},
       {"tree T\n0 NoT\n\n# a comment\n1 A : B\n", "1 t.tree:5: unknown base B\n"},
       {"tree T\n0 NoT\n1 A { x:Nothing }\n", "1 t.tree:3: unknown kind Nothing\n"},

@@ -84,6 +84,10 @@ TEST_F(Parel, ConditionalsAreRebuiltUnlessCodeIsSimple) {
             schedule_text("XEqual[Deriv[1,x],XIf[XGreater[x[t],a],XSin[x[t]],a]]"));
 }
 
+TEST_F(Parel, OneListOfASystem) {
+  EXPECT_EQ("(T1=XMinus[x];x_out=T1)", code_text(do_cse(system_of("XEqual[Deriv[1,x],XMinus[x[t]]]", "t"))));
+}
+
 // Each is done as told, with a warning.
 TEST_F(Parel, WhatIsSilentlyWrongIsReported) {
   const std::string warning = "   0,  0: Warning     ";
@@ -190,7 +194,7 @@ TEST_F(Parel, ManyEquations) {
   std::string equations;
   for (int i = 0; i < n; i++) {
     const std::string x = "x" + std::to_string(i);
-    equations += (i ? ",XEqual[Deriv[1," : "XEqual[Deriv[1,") + x + "],XTimes[2," + x + "]]";
+    equations.append(i ? "," : "").append("XEqual[Deriv[1,").append(x).append("],XTimes[2,").append(x).append("]]");
   }
   const tAsynt parexec = Parallelize(typed_tree("XList[XList[" + equations + "],XList[t]]"));
   int places = 0;

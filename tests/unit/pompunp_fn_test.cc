@@ -339,6 +339,22 @@ TEST_F(PompFn, OneOfSeveralValues) {
   }));
 }
 
+// Also where a function calls itself, whose type says no more than that it has no value, and where the list has one
+// type.
+TEST_F(PompFn, ResultsInTargets) {
+  keep(
+      "{real} one[real x_] := {x + 1};\n"
+      "{real, int} two[int n_] := Module[{real p, int q}, {p, q} = two[n - 1]; {p, q}];\n"
+      "real use[real x_] := Module[{real y}, {y} = one[x]; y];");
+  EXPECT_EQ("void M_Tone ( const double &x, double &zc_O1)\n{\n    zc_O1 = x+1;; \n}\n\n", function("one", false).cc);
+  EXPECT_EQ(
+      "void M_Ttwo ( const int &n, double &zc_O1, int &zc_O2)\n{\n    double p;\n    int q;\n"
+      "    M_Ttwo (n-1, p, q);\n    zc_O1 = p;\n    zc_O2 = q;; \n}\n\n",
+      function("two", false).cc);
+  EXPECT_EQ("double M_Tuse ( const double &x)\n{\n    double y;\n    M_Tone (x, y);\n    return y;\n}\n\n",
+            function("use", false).cc);
+}
+
 // ---- variables
 
 TEST_F(PompFn, GlobalVariables) {

@@ -484,6 +484,7 @@ TEST_F(PompUnp, ControlFlow) {
        {"C`f[x,y]", "f (x, y)"},
        {"C`f[x][y]", "f (x) (y)"},
        {"XWhile[c,XSet[x,1]]", "while (c)\n{\n    x = 1;\n}"},
+       {"XWhile[c,&]", "while (c)\n{\n\n}"},
        {"XWhile[c,C`f[x]]", "while (c)\n{\nf (x);\n}"},
        {"XFor[XSet[i,1],XLess[i,n],XSet[i,XPlus[i,1]],XSet[x,i]]",
         "i = 1;\nwhile (i < n)\n{\n    x = i;\n    i = i+1;\n}"},

@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
 #include <cstdio>
 #include <string>
 
@@ -188,8 +190,8 @@ TEST_F(SmallDdg, PointersAreKeysAsAWhole) {
   Ddg_index* const index = ddg_make_index(0);
   int entries[2];
   // Alike in the lower four bytes.
-  const void* const a = reinterpret_cast<void*>(uintptr_t{0x100001000});
-  const void* const b = reinterpret_cast<void*>(uintptr_t{0x200001000});
+  const void* const a = std::bit_cast<const void*>(uintptr_t{0x100001000});
+  const void* const b = std::bit_cast<const void*>(uintptr_t{0x200001000});
   ddg_create_entry(index, a, &entries[0]);
   EXPECT_EQ(nullptr, ddg_lookup(index, b));
   ddg_create_entry(index, b, &entries[1]);

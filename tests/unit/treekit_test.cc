@@ -229,6 +229,51 @@ TEST(TreeKit, TraversalGoesOnBelowAReplacement) {
   EXPECT_TRUE(AsyntMarksAreZero(t));
 }
 
+// A walk makes the calls that a traversal makes, and none below a replacement.
+TEST(TreeKit, WalkStopsAtAReplacement) {
+  tAsynt t = list2(minus(mIntConst(1)), mIntConst(2));
+  seen.clear();
+  WalkAsynt(&t, [](tAsynt* n) -> char {
+    seen.push_back((*n)->yyKind);
+    if ((*n)->yyKind == kXMinus) *n = minus(mIntConst(3));
+    return 1;
+  });
+  EXPECT_EQ((std::vector<int>{kExpression1, kXMinus, kExpression1, kIntConst, kExpression0}), seen);
+  EXPECT_EQ(3, IntConst_Val(Unary_Expression(Expression1_Expression(t))));
+}
+
+// Walks have 65,535 numbers. A tree whose nodes bear an old number is walked again when that number comes round.
+TEST(TreeKit, WalksNeverRunOutOfNumbers) {
+  static int visited;
+  const auto count = [](tAsynt*) -> char { return ++visited, 1; };
+  tAsynt old = minus(mIntConst(1));
+  tAsynt t = mIntConst(2);
+  WalkAsynt(&old, count);
+  for (int i = 0; i < 65534; i++) WalkAsynt(&t, count);
+  for (int i = 0; i < 3; i++) {
+    visited = 0;
+    WalkAsynt(&old, count);
+    EXPECT_EQ(3, visited) << i;
+  }
+}
+
+// A big tree is checked in another way than a small one; what nobody refers to does not count.
+TEST(TreeKit, CheckOfBigTrees) {
+  tAsynt list = list1(mIntConst(0));
+  tAsynt last = list;
+  for (int i = 0; i < 300000; i++) list = mExpression1(mIntConst(i), list);
+  EXPECT_TRUE(CheckAsynt(list));
+  const tAsynt orphan = mXNot(nullptr, nullptr);
+  EXPECT_TRUE(CheckAsynt(list));
+  Expression1_Expression(last) = orphan;
+  testing::internal::CaptureStderr();
+  EXPECT_FALSE(CheckAsynt(list));
+  EXPECT_NE(std::string::npos, testing::internal::GetCapturedStderr().find("CheckTree: parent = XNot"));
+  Expression1_Expression(last) = mXTrue();
+  Operator_PosConv(orphan) = mkNonConvPos(NoPosition);
+  Unary_Expression(orphan) = mXTrue();  // later checks look at all nodes
+}
+
 TEST(TreeKit, AMillionCellsPassEveryOperation) {
   tAsynt list = mExpression0();
   for (int i = 0; i < 1000000; i++) list = mExpression1(mXTrue(), list);
@@ -307,8 +352,15 @@ TEST(TreeKit, RandomTreesCopyCompareCheckAndDump) {
     ASSERT_EQ(dump_of(t), dump_of(u)) << seed;
     ASSERT_TRUE(AsyntMarksAreZero(t)) << seed;
     ASSERT_TRUE(AsyntMarksAreZero(u)) << seed;
-    TraverseAsyntTD2(&u, [](tAsynt* n) -> char { return (*n)->yyKind % 3 != 0; });
+    static std::vector<tAsynt> met;
+    const auto visitor = [](tAsynt* n) -> char { return met.push_back(*n), (*n)->yyKind % 3 != 0; };
+    met.clear();
+    TraverseAsyntTD2(&u, visitor);
     ASSERT_TRUE(AsyntMarksAreZero(u)) << seed;
+    const std::vector<tAsynt> traversed = met;
+    met.clear();
+    WalkAsynt(&u, visitor);
+    ASSERT_EQ(traversed, met) << seed;
     ReleaseAsynt(u);
     ASSERT_TRUE(AsyntMarksAreZero(u)) << seed;
   }

@@ -1,0 +1,518 @@
+#!/usr/bin/env python3
+"""Compiles generated Fortran and runs it.
+
+  sets     every file set that a test under tests/ makes in Fortran is compiled with warnings on, as it comes from the
+           compiler; those of UNCOMPILABLE must be refused
+  agree    the functions of a model, generated in Fortran and in C++, become two link programs; both are called with the
+           same random arguments, and their answers agree to 1e-13 relative
+  values   Fortran functions are called over the link and give what a formula says; callbacks are answered
+
+A link program is made from a file set alone: its functions and their arguments stand in the link template (.tm), the sizes
+of arrays in the declarations of the Fortran text.
+"""
+
+import argparse
+import importlib.machinery
+import importlib.util
+import math
+import pathlib
+import random
+import re
+import subprocess
+import sys
+import tempfile
+
+TESTS = pathlib.Path(__file__).resolve().parent
+sys.path.insert(0, str(TESTS.parent / "tools" / "python"))
+import ozlink  # noqa: E402
+
+# File sets that no Fortran compiler takes, and why.
+UNCOMPILABLE = {
+    "fortran/bearing": "an instance set as a variable: its subroutine stands in front of \"contains\"",
+    "fortran/ladder": "an instance set as a variable: its subroutine stands in front of \"contains\"",
+    "fortran/complex": "complex variables have no declaration",
+    "fortran/evaluate": "one function alone: the variable that it uses is no part of the set",
+    "fortran/outflow": "one function alone: the variable that it uses is no part of the set",
+    "fortran/tasks": "a parallel ForAll: the records of its tasks are declared behind the function that uses them",
+}
+
+# Functions of the models that are not compared, and why.
+NOT_COMPARED = {
+    "Forms`turned": "complex",
+    "Forms`branches": "a Which as a value",
+    "Forms`sequence": "a sequence as a value",
+    "Forms`asked": "a callback",
+    "Numerics`errorFunction": "external",
+    "Numerics`randomInteger": "external",
+    "Numerics`bessel": "external",
+    "Numerics`polar": "external",
+    "Numerics`sorted": "external",
+}
+
+TOLERANCE = 1e-13
+ROUNDS = 200
+
+
+def load_runner():
+    loader = importlib.machinery.SourceFileLoader("run", str(TESTS / "run"))
+    runner = importlib.util.module_from_spec(importlib.util.spec_from_loader("run", loader))
+    loader.exec_module(runner)
+    return runner
+
+
+runner = load_runner()
+
+
+def command(folder, *words):
+    """Runs a compiler; its messages if it fails."""
+    done = subprocess.run([str(w) for w in words], cwd=folder, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
+                          check=False)
+    return done.stdout if done.returncode else ""
+
+
+# ---- file sets
+
+
+def fortran_tests():
+    """The tests that write Fortran."""
+    found = set()
+    for file in TESTS.rglob("*.f90"):
+        if (file.parent / (file.stem + ".oz")).exists():
+            found.add(file.with_suffix(""))
+    return sorted(found)
+
+
+def complete_set(folder, base):
+    """Gives the file of external functions the name that the module includes it by; the model's name."""
+    model = re.search(r"^module zc_(\w+)", (folder / (base + ".f90")).read_text(), re.MULTILINE)[1]
+    external = (folder / (base + "Ext.f90inc")).read_text()
+    (folder / (model + "Ext.f90inc")).write_text(external)
+    return model
+
+
+def stand_ins(folder, base, model):
+    """The modules of foreign contexts that the wrappers use, with the interfaces that the set declares; their sources."""
+    wrappers = (folder / (base + "if.f90")).read_text()
+    names = sorted(set(re.findall(r"^ *use (zc_\w+)", wrappers, re.MULTILINE)) - {"zc_" + model})
+    for name in names:
+        (folder / (name + ".f90")).write_text("module %s\ninterface\ninclude '%sExt.f90inc'\nend interface\nend module\n"
+                                              % (name, model))
+    return [name + ".f90" for name in names]
+
+
+def compile_set(folder, base, options):
+    """Compiles a set; the messages of what fails."""
+    model = complete_set(folder, base)
+    report = ""
+    for source in stand_ins(folder, base, model) + [base + ".f90", base + "if.f90"]:
+        report += command(folder, options.fortran, "-cpp", "-Wall", "-O2", "-I", options.modules, "-c", source)
+    return report
+
+
+def check_sets(options):
+    failures = []
+    for test in fortran_tests():
+        name = "%s/%s" % (test.parent.name, test.name)
+        with tempfile.TemporaryDirectory() as made:
+            folder = pathlib.Path(made)
+            has_model = runner.make_model(test, folder / (test.name + ".oz"))
+            program, arguments = runner.program(test, has_model, options)
+            with open(runner.input_of(test), "rb") as source:
+                subprocess.run(arguments, executable=program, stdin=source, capture_output=True, cwd=folder, check=False,
+                               env=runner.environment(test))
+            base = next(f.stem for f in folder.glob("*.f90mac"))
+            report = compile_set(folder, base, options)
+        if bool(report) != (name in UNCOMPILABLE):
+            failures.append("%s: %s" % (name, report or "compiles, but stands in the list of those that do not"))
+        else:
+            print("%-20s %s" % (name, "refused: " + UNCOMPILABLE[name] if report else "compiled"))
+    return failures
+
+
+# ---- link programs
+
+
+def generate(folder, model, language, functions, variables, options):
+    """A file set named like the model's file."""
+    source = model.read_text()
+    (folder / model.name).write_text(source)
+    base = re.search(r"^model (\w+)", source, re.MULTILINE)[1]
+    script = ["compile %s messages" % model.name, "open %s %s False" % (language, base)]
+    script += ["variable " + v for v in variables] + ["function %s 0" % f for f in functions] + ["close"]
+    done = subprocess.run([options.commands], input="\n".join(script) + "\n", cwd=folder, capture_output=True, text=True,
+                          check=False)
+    messages = (folder / "messages").read_text() + (folder / (base + ".erf")).read_text()
+    if done.returncode or "Error" in messages:
+        raise SystemExit("%s in %s: %s%s" % (model.name, language, messages, done.stderr))
+    return base
+
+
+def templates(folder, base):
+    """Wrapper, pattern and argument list of each function in the link template.
+
+    Of functions with several results the list ends with the names of the results, which stay symbols in the host and
+    which no wrapper reads.
+    """
+    text = re.sub(r"(, )?zc_O\d+", "", (folder / (base + ".tm")).read_text())
+    return re.findall(r":Function: *(\w+)\n:Pattern: *(.*)\n:Arguments: *(.*)\n", text)
+
+
+def initial_values(model, variables):
+    """The values that the model gives to the variables; in a compiled program they have none."""
+    values = {}
+    for variable in variables:
+        name = variable.split("`")[-1]
+        found = re.search(r"^(?:real|int) %s := ([^;]*);" % name, model.read_text(), re.MULTILINE)
+        if found:
+            values[name] = found[1].replace("*^", "e")
+    return values
+
+
+def fortran_program(folder, base, values, options):
+    entries = [(w.rstrip("_"), p, a) for w, p, a in templates(folder, base)]
+    lines = ["program main", "use ZentricaPrecision", "use AlgeLinkInterface", "use zc_%s" % base, "implicit none"]
+    lines += ["external :: " + wrapper for wrapper, _, _ in entries]
+    lines += ["%s = %s_zc_real" % (n, v) if re.search("[.e]", v) else "%s = %s" % (n, v) for n, v in values.items()]
+    lines += ["call ALIF_INSTALL('%s', '%s', %s)" % (p, a, w) for w, p, a in entries]
+    lines += ["call ALIF_MAIN()", "end program", ""]
+    (folder / "main.f90").write_text("\n".join(lines))
+    report = compile_set(folder, base, options)
+    report += command(folder, options.fortran, "-cpp", "-O2", "-ffree-line-length-none", "-I", options.modules, "main.f90",
+                      base + ".o", base + "if.o", *options.fortran_libraries, "-lstdc++", "-lpthread", "-o", "fortran")
+    if report:
+        raise SystemExit(report)
+    return folder / "fortran"
+
+
+def cplusplus_program(folder, base, values, options):
+    entries = templates(folder, base)
+    declarations = (folder / (base + ".icc")).read_text() + (folder / (base + ".h")).read_text()
+    lines = ['#include "%s.h"' % base, '#include "%s.icc"' % base, '#include "alginter.h"']
+    lines += ['extern "C" void %s();' % wrapper for wrapper, _, _ in entries]
+    lines += ["const AL_IF_function functions[] = {"]
+    lines += ['{"%s", "%s", %s},' % (p, a, w) for w, p, a in entries] + ["};", "int main(int argc, char** argv) {"]
+    for name, value in values.items():
+        lines.append("%s = %s;" % (re.search(r"extern \w+ (\w+_T%s);" % name, declarations)[1], value))
+    lines += ["return AL_IF_main(argc, argv, functions, %d);" % len(entries), "}", ""]
+    (folder / "main.cc").write_text("\n".join(lines))
+    include = [word for path in options.cxx_include for word in ("-I", path)]
+    report = command(folder, options.cxx, "-std=c++17", "-O2", *include, "main.cc", base + ".cc", base + "if.cc",
+                     *options.cxx_libraries, "-lpthread", "-o", "cplusplus")
+    if report:
+        raise SystemExit(report)
+    return folder / "cplusplus"
+
+
+# ---- arguments
+
+
+def parameters(folder, base):
+    """Of each function its arguments: name, type and sizes, as the Fortran text declares them."""
+    text = re.sub(r"&\s*\n\s*&?", "", (folder / (base + ".f90")).read_text())
+    found = {}
+    for head in re.finditer(r"^ *(?:pure |recursive )*(?:function|subroutine) +(\w+)\((.*?)\)", text, re.MULTILINE):
+        body = text[head.end():]
+        names = [n.strip() for n in head[2].split(",") if n.strip() and not n.strip().startswith("zc_O")]
+        found[head[1].lower()] = [(n, *declaration(body, n)) for n in names]
+    return found
+
+
+def declaration(body, name):
+    """Type and sizes of an argument, the sizes in the order of the model."""
+    kind, sizes = re.search(r"^ *(\w+).*intent\(in\) :: %s(?:\((.*)\))?$" % re.escape(name), body, re.MULTILINE).groups()
+    return kind, sizes.split(",")[::-1] if sizes else []
+
+
+def scalar(kind, dice, positive):
+    if kind == "integer":
+        return dice.randint(2, 6) if positive else dice.choice([-5, -4, -3, -2, -1, 1, 2, 3, 4, 5])
+    if kind == "logical":
+        return dice.randint(0, 1)
+    if kind == "character":
+        return "".join(dice.choice("abc xyz") for _ in range(dice.randint(0, 9))).rstrip()
+    return dice.uniform(0.2, 2.0) if positive else dice.uniform(-3.0, 3.0)
+
+
+def array(kind, sizes, dice, positive):
+    if not sizes:
+        return scalar(kind, dice, positive)
+    return [array(kind, sizes[1:], dice, positive) for _ in range(sizes[0])]
+
+
+def random_arguments(arguments, dice, signed):
+    """Values for all arguments. Numbers that are sizes, indices or of a model without signs are above zero."""
+    sizes_used = " ".join(size for _, _, sizes in arguments for size in sizes)
+    values = {}
+    for name, kind, sizes in arguments:
+        if not sizes:
+            index = name == "i" or name in re.findall(r"\w+", sizes_used)
+            values[name] = scalar(kind, dice, index or not signed)
+            if name == "i":
+                values[name] = dice.randint(1, 2)
+    for name, kind, sizes in arguments:
+        if sizes:
+            counts = [dice.randint(2, 5) if s == ":" else eval(s, {}, values) for s in sizes]  # pylint: disable=eval-used
+            values[name] = array(kind, counts, dice, not signed)
+    return [values[name] for name, _, _ in arguments]
+
+
+# ---- comparing
+
+
+def flat(value):
+    if isinstance(value, list):
+        return [x for v in value for x in flat(v)] + ["of", len(value)]
+    return [value]
+
+
+def close(a, b):
+    if isinstance(a, float) or isinstance(b, float):
+        if not isinstance(a, (int, float)) or not isinstance(b, (int, float)):
+            return False
+        return (math.isnan(a) and math.isnan(b)) or a == b or abs(a - b) <= TOLERANCE * max(abs(a), abs(b))
+    return a == b
+
+
+def agree(a, b):
+    a, b = flat(a), flat(b)
+    return len(a) == len(b) and all(map(close, a, b))
+
+
+def listed(model):
+    """The functions and variables of a model that the command scripts of the tests name."""
+    functions, variables = [], []
+    for script in [TESTS / area / (model.stem + ".cmds") for area in ("fortran", "cplusplus")]:
+        text = script.read_text() if script.exists() else ""
+        functions += re.findall(r"^function (\S+)", text, re.MULTILINE)
+        variables += re.findall(r"^variable (\S+`\S+)", text, re.MULTILINE)
+    return (sorted(set(f for f in functions if f not in NOT_COMPARED)),
+            sorted(v for v in set(variables) if v != "Forms`pole"))
+
+
+def compare(model, options):
+    """Calls the functions of a model in both languages; the number of calls, and the differences."""
+    functions, variables = listed(model)
+    values = initial_values(model, variables)
+    dice = random.Random(model.name)
+    failures, calls = [], 0
+    with tempfile.TemporaryDirectory() as made:
+        folders = [pathlib.Path(made) / language for language in ("fortran", "cplusplus")]
+        for folder in folders:
+            folder.mkdir()
+        base = generate(folders[0], model, "Fortran90", functions, variables, options)
+        generate(folders[1], model, "C++", functions, variables, options)
+        signatures = parameters(folders[0], base)
+        programs = [fortran_program(folders[0], base, values, options), cplusplus_program(folders[1], base, values, options)]
+        with ozlink.run([programs[0]], stdout=subprocess.DEVNULL) as fortran, \
+                ozlink.run([programs[1]], stdout=subprocess.DEVNULL) as cplusplus:
+            for function in functions:
+                name = function.split("`")[-1]
+                for _ in range(ROUNDS):
+                    arguments = random_arguments(signatures[name.lower()], dice, model.stem == "agree")
+                    answers = [program.call(name, *arguments) for program in (fortran, cplusplus)]
+                    calls += 1
+                    if not agree(*answers):
+                        failures.append("%s%s: Fortran %s, C++ %s" % (function, arguments, *answers))
+                        break
+            fortran.message("terminate")
+            cplusplus.message("terminate")
+    print("%-10s %2d functions, %5d calls" % (model.stem, len(functions), calls))
+    return failures
+
+
+def check_agreement(options):
+    failures = []
+    for model in sorted((TESTS.parent / "examples").glob("*.oz")) + [TESTS / "fortran" / n for n in ("forms.oz", "agree.oz")]:
+        if listed(model)[0]:
+            failures += compare(model, options)
+    return failures
+
+
+# ---- known values
+
+
+def norm_rest(n, low, mid, up, rhs, x):
+    """How far a solution of a system with three diagonals is from fulfilling it."""
+    rest = []
+    for i in range(n):
+        row = mid[i] * x[i] - rhs[i]
+        if i > 0:
+            row += low[i] * x[i - 1]
+        if i < n - 1:
+            row += up[i] * x[i + 1]
+        rest.append(abs(row))
+    return max(rest)
+
+
+def dot(a, b):
+    return sum(p * q for p, q in zip(a, b))
+
+
+def columns(m):
+    return [list(c) for c in zip(*m)]
+
+
+# What the functions of the models are, in another way than the models say it.
+FORMULAS = {
+    "numerics": {
+        "polynomial": lambda x, n, c: sum(c[k] * x**k for k in range(n)),
+        "polynomialSlope": lambda x, n, c: [sum(c[k] * x**k for k in range(n)),
+                                            sum(k * c[k] * x**(k - 1) for k in range(1, n))],
+        "commonDivisor": math.gcd,
+        "spaced": lambda a, b, n: [a + (b - a) * k / (n - 1) for k in range(n)],
+        "trapezoid": lambda n, y, h: h * sum((a + b) / 2 for a, b in zip(y, y[1:])),
+        "spread": lambda n, x: [min(x), max(x), sum(x) / n],
+        "applied": lambda m, n, a, x: [dot(row, x) for row in a],
+        "prime": lambda n: int(n in (2, 3, 5, 7, 11)),
+        "bilinear": lambda x, knee, soft, hard: soft * x if x < knee else soft * knee + hard * (x - knee),
+        "closed": lambda x: int(x > 0.012),
+    },
+    "forms": {
+        "nested": lambda a: (a + 1)**3,
+        "product": lambda a, b: [[dot(r, c) for c in columns(b)] for r in a],
+        "line": lambda i, a: a[i - 1],
+        "raised": lambda a, v: [v, a[1][:2] + [1.5]] + a[2:],
+        "steps": lambda n: 0.001 * n * (n + 1) / 2,
+        "factorial": math.factorial,
+        "several": lambda x: [x * x, 7, [x, -x]],
+    },
+    "agree": {
+        "inverse": lambda x: math.pi / 2 + math.atan(x) + math.asinh(x) + math.acosh(x * x + 2) + math.atanh(x / 4),
+        "reciprocal": lambda x: (math.cos(x) + 1) / math.sin(x) + (math.cosh(x) + 1) / math.sinh(x) + 1 / math.cos(x)
+        + 1 / math.cosh(x),
+        "growth": lambda x: math.e**x + math.log1p(x * x) + math.hypot(abs(x)**0.5, 0) + math.e * x + math.pi,
+        "rounded": lambda x: math.floor(x) + 10 * math.ceil(x) + 100 * round(x) + 1000 * math.trunc(x)
+        + 10000 * ((x > 0) - (x < 0)),
+        "halves": lambda n: n + n % 2,
+        "signs": lambda n: 11 * ((n > 0) - (n < 0)) + 2 * n,
+        "fraction": lambda x: math.fmod(x, 1),
+        "remainder": lambda a, b: a % b,
+        "remainders": lambda x, y, n: x % y + 10 * (x % n) + 100 * (n % y),
+        "quotient": lambda n: n * n // 3,
+        "extremes": lambda n, x: max(0, x) + 10 * min(n, x) + 100 * max(n, 1) + 1000 * min(x, 0.5),
+        "angle": lambda x, y, n: math.atan2(y, x) + 10 * math.atan2(x, n) + 100 * math.atan2(1, n),
+        "ratio": lambda a, b: a / b + 1 / 3,
+        "product": dot,
+        "applied": lambda a, v: [dot(r, v) for r in a],
+        "fromLeft": lambda v, a: [dot(v, c) for c in columns(a)],
+        "matrices": lambda a, b: [[dot(r, c) for c in columns(b)] for r in a],
+        "turned": columns,
+        "across": lambda a, b: [a[i - 2] * b[i - 1] - a[i - 1] * b[i - 2] for i in range(3)],
+        "outer": lambda a, b: [[x * y for y in b] for x in a],
+        "bounds": lambda a: max(a) - 3 * min(a),
+        "rows": lambda x, y: [[x, y, 1.0], [2.0, x * y, 3.5]],
+        "joined": lambda a, b: a + b,
+        "shortened": lambda a: a[1:],
+        "longer": lambda a, x, n: [x * v for v in a],
+        "element": lambda a, b: dot(a[0], columns(b)[1]) + a[1][2] - b[2][0],
+        "sizes": lambda a: 23,
+        "shapes": lambda a: [2, 3],
+        "receiver": lambda x, n: x * n + 10 * (n + 1) + x,
+    },
+}
+
+
+def near(a, b):
+    """Formulas round in another order than the functions that they describe."""
+    a, b = flat(a), flat(b)
+    return len(a) == len(b) and all(
+        math.isclose(p, q, rel_tol=1e-12, abs_tol=1e-13) if isinstance(p, float) else p == q for p, q in zip(a, b))
+
+
+def check_formulas(program, model, signatures):
+    failures = []
+    dice = random.Random(1)
+    for name, formula in FORMULAS[model].items():
+        for _ in range(20):
+            arguments = random_arguments(signatures[name.lower()], dice, model == "agree")
+            wanted, got = formula(*arguments), program.call(name, *arguments)
+            if not near(got, wanted):
+                failures.append("%s%s gives %s, not %s" % (name, arguments, got, wanted))
+                break
+    return failures
+
+
+def check_solvers(program):
+    """Solutions of cases that are made so that they are known, or can be put in."""
+    n = 6
+    system = [[0.5, 0.3, -0.2, 0.4, 0.1, -0.3], [3.0, 4.0, 3.5, 5.0, 4.0, 3.0], [0.2, -0.4, 0.1, 0.6, -0.5, 0.2],
+              [1.0, 2.0, -1.0, 0.5, 3.0, -2.0]]
+    rest = norm_rest(n, *system, program.call("tridiagonal", n, *system))
+    places = [program.call("place", x, 4, [1.0, 2.0, 3.0, 5.0]) for x in (0.5, 1.0, 2.5, 7.0)]
+    line = program.call("straightLine", 4, [1.0, 2.0, 4.0, 7.0], [2.5, 2.0, 1.0, -0.5])
+    root = program.call("polynomialRoot", 1.0, 3, [-2.0, 0.0, 1.0])
+    failures = [] if rest < 1e-14 else ["tridiagonal: rest %g" % rest]
+    failures += [] if places == [0, 1, 2, 4] else ["place: %s" % places]
+    failures += [] if near(line, [3.0, -0.5]) else ["straightLine: %s" % line]
+    return failures + ([] if near(root, math.sqrt(2)) else ["polynomialRoot: %s" % root])
+
+
+def check_callback(options):
+    """A function that asks the host, and one that calls an external function."""
+    model = TESTS / "generate" / "fortran.oz"
+    functions = ["Demo`" + f for f in ("factorial", "host", "bessel", "pair", "largest", "reach")]
+    with tempfile.TemporaryDirectory() as made:
+        folder = pathlib.Path(made)
+        base = generate(folder, model, "Fortran90", functions, ["Demo`table"], options)
+        (folder / "bessel.f90").write_text("function bessel(order, x) result(y)\nuse ZentricaPrecision\nimplicit none\n"
+                                           "integer(zc_int), intent(in) :: order\nreal(zc_real), intent(in) :: x\n"
+                                           "real(zc_real) y\ny = order*x\nend function\n")
+        report = command(folder, options.fortran, "-I", options.modules, "-c", "bessel.f90")
+        options.fortran_libraries.insert(0, "bessel.o")
+        program = fortran_program(folder, base, {"table": "0.5"}, options)
+        options.fortran_libraries.pop(0)
+        with ozlink.run([program]) as link:
+            link.put(ozlink.Function("CallPacket", link.definitions["pair"][0], [2.5]))
+            asked = link.get_packet()
+            link.put(ozlink.Function("ReturnPacket", 7.25))
+            answer = link.get_packet()
+            reach = link.call("reach", 0.75)
+            link.message("terminate")
+    failures = [report] if report else []
+    if asked != ozlink.Function("EvaluatePacket", ozlink.Function("host", 2.5, 2, [1.0, 2.0])) or answer != [2.5, 7.25]:
+        failures.append("the callback asks %s, and the answer is %s" % (asked, answer))
+    if not math.isclose(reach, math.asinh(1.25) * 0.75 * math.tan(0.75), rel_tol=1e-14):
+        failures.append("reach gives %s" % reach)
+    return failures
+
+
+def check_values(options):
+    failures = check_callback(options)
+    for name in FORMULAS:
+        model = TESTS.parent / "examples" / (name + ".oz") if name == "numerics" else TESTS / "fortran" / (name + ".oz")
+        functions, variables = listed(model)
+        with tempfile.TemporaryDirectory() as made:
+            folder = pathlib.Path(made)
+            base = generate(folder, model, "Fortran90", functions, variables, options)
+            program = fortran_program(folder, base, initial_values(model, variables), options)
+            with ozlink.run([program], stdout=subprocess.DEVNULL) as link:
+                failures += check_formulas(link, name, parameters(folder, base))
+                if name == "numerics":
+                    failures += check_solvers(link)
+                link.message("terminate")
+            if link.status:
+                failures.append("%s ends with status %d" % (name, link.status))
+        print("%-10s %2d formulas" % (name, len(FORMULAS[name])))
+    return failures
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("what", choices=["sets", "agree", "values"])
+    parser.add_argument("--oz", required=True, type=pathlib.Path, help="the compiler")
+    parser.add_argument("--commands", required=True, type=pathlib.Path, help="the program that runs command scripts")
+    parser.add_argument("--fortran", default="gfortran", help="the Fortran compiler")
+    parser.add_argument("--modules", required=True, type=pathlib.Path, help="the folder of the runtime's modules")
+    parser.add_argument("--fortran-libraries", nargs="*", default=[], help="libraries of Fortran programs")
+    parser.add_argument("--cxx", default="c++", help="the C++ compiler")
+    parser.add_argument("--cxx-include", nargs="*", default=[], help="folders of the headers that generated C++ includes")
+    parser.add_argument("--cxx-libraries", nargs="*", default=[], help="libraries of C++ programs")
+    options = parser.parse_args()
+    failures = {"sets": check_sets, "agree": check_agreement, "values": check_values}[options.what](options)
+    for failure in failures:
+        print("FAILED", failure)
+    sys.exit(1 if failures else 0)
+
+
+if __name__ == "__main__":
+    main()
