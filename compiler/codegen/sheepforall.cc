@@ -79,6 +79,20 @@ std::vector<tAsynt> iterators_of(tAsynt iters, const char* routine) {
   return list;
 }
 
+// Loops that a walk has met. What is done with one walks its tree again, so it waits for the end of the walk.
+std::vector<tAsynt> loops;
+
+void collect_loop(tAsynt t) {
+  if (Asynt_IsType(t, kForAll)) loops.push_back(t);
+}
+
+// The parallel loops of a tree, outer ones first.
+std::vector<tAsynt> loops_of(tAsynt t) {
+  loops.clear();
+  TraverseAsyntTD(t, collect_loop);
+  return loops;
+}
+
 }  // namespace
 
 bool Is_forall_task(tAsynt t) {
@@ -125,7 +139,7 @@ tAsynt Prepend_iter_vars(tAsynt iters, tAsynt list) {
 tAsynt int_type() { return mIntType(nullptr); }
 
 void transform(tAsynt t) {
-  if (!Asynt_IsType(t, kForAll) || !Asynt_IsType(ForAll_Body(t), kXSet)) return;
+  if (!Asynt_IsType(ForAll_Body(t), kXSet)) return;
   const tAsynt set = ForAll_Body(t);
   const tPosition pos = PosConv_Pos(Operator_PosConv(set));
   ForAll_Procedure(t) = mSymbol(make_proc_symb(int_type()));
@@ -141,7 +155,7 @@ void transform(tAsynt t) {
 }  // namespace
 
 void Transform_forall(tAsynt* t) {
-  TraverseAsyntTD(*t, transform);
+  for (tAsynt loop : loops_of(*t)) transform(loop);
   CheckAsynt(*t);
 }
 
@@ -474,7 +488,7 @@ void Funparse_forall_fn(tAsynt params, tAsynt e) {
   } else {
     forall_localvars = mEmpty();
   }
-  TraverseAsyntTD(body, task_procedure);
+  for (tAsynt loop : loops_of(body)) task_procedure(loop);
 }
 
 // ---- the registering subroutine
