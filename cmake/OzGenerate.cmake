@@ -1,12 +1,12 @@
 # oz_generate(TARGET target MODEL model.oz FUNCTIONS Model/f ... [VARIABLES Model/x ...] [LANGUAGE C++|Fortran90]
 #             [NAME name] [LINK])
 #
-# Compiles functions and global variables of a model into C++ or Fortran when the target is built, adds the result to the
-# target and lets it use the libraries of generated code. The header is <name>.h; the name is that of the model's file
-# unless NAME tells another one. The files are made again when the model or the compiler changes.
+# Compiles functions and global variables of a model into C++ or Fortran when the target is built, adds the result to
+# the target and lets it use the libraries of generated code. The header is <name>.h; the name is that of the model's
+# file unless NAME tells another one. The files are made again when the model or the compiler changes.
 #
-# In Fortran the files have the name of the model itself, since the module zc_<Model> includes one of them by it; NAME has no
-# effect. The project must have the language Fortran enabled.
+# In Fortran the files have the name of the model itself, since the module zc_<Model> includes one of them by it; NAME
+# has no effect. The project must have the language Fortran enabled.
 #
 #   TARGET     a library or an executable that exists already
 #   FUNCTIONS  paths with slashes: Model/f, object/part/f

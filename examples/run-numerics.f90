@@ -7,9 +7,9 @@ program run_numerics
 
   tolerance = 1e-12_zc_real
   limit = 200
-  call expect('polynomialRoot', polynomialRoot(1.0_zc_real, 3, [-2.0_zc_real, 0.0_zc_real, 1.0_zc_real]), sqrt(2.0_zc_real))
+  call expect('polynomialRoot', polynomialRoot(1.0_zc_real, 3, real([-2, 0, 1], zc_real)), sqrt(2.0_zc_real))
   call expect('commonDivisor', real(commonDivisor(84, 36), zc_real), 12.0_zc_real)
-  call straightLine(3, [1.0_zc_real, 2.0_zc_real, 4.0_zc_real], [2.5_zc_real, 2.0_zc_real, 1.0_zc_real], crossing, slope)
+  call straightLine(3, real([1, 2, 4], zc_real), [2.5_zc_real, 2.0_zc_real, 1.0_zc_real], crossing, slope)
   call expect('straightLine', slope, -0.5_zc_real)
   call expect('the crossing of it', crossing, 3.0_zc_real)
 

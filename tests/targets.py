@@ -7,8 +7,8 @@
            same random arguments, and their answers agree to 1e-13 relative
   values   Fortran functions are called over the link and give what a formula says; callbacks are answered
 
-A link program is made from a file set alone: its functions and their arguments stand in the link template (.tm), the sizes
-of arrays in the declarations of the Fortran text.
+A link program is made from a file set alone: its functions and their arguments stand in the link template (.tm), the
+sizes of arrays in the declarations of the Fortran text.
 """
 
 import argparse
@@ -23,6 +23,7 @@ import sys
 import tempfile
 
 TESTS = pathlib.Path(__file__).resolve().parent
+sys.dont_write_bytecode = True
 sys.path.insert(0, str(TESTS.parent / "tools" / "python"))
 import ozlink  # noqa: E402
 
@@ -65,8 +66,8 @@ runner = load_runner()
 
 def command(folder, *words):
     """Runs a compiler; its messages if it fails."""
-    done = subprocess.run([str(w) for w in words], cwd=folder, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
-                          check=False)
+    done = subprocess.run([str(w) for w in words], cwd=folder, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                          text=True, check=False)
     return done.stdout if done.returncode else ""
 
 
@@ -91,12 +92,12 @@ def complete_set(folder, base):
 
 
 def stand_ins(folder, base, model):
-    """The modules of foreign contexts that the wrappers use, with the interfaces that the set declares; their sources."""
+    """Sources of the foreign modules that the wrappers use, with the interfaces that the set declares."""
     wrappers = (folder / (base + "if.f90")).read_text()
     names = sorted(set(re.findall(r"^ *use (zc_\w+)", wrappers, re.MULTILINE)) - {"zc_" + model})
     for name in names:
-        (folder / (name + ".f90")).write_text("module %s\ninterface\ninclude '%sExt.f90inc'\nend interface\nend module\n"
-                                              % (name, model))
+        text = "module %s\ninterface\ninclude '%sExt.f90inc'\nend interface\nend module\n" % (name, model)
+        (folder / (name + ".f90")).write_text(text)
     return [name + ".f90" for name in names]
 
 
@@ -118,8 +119,8 @@ def check_sets(options):
             has_model = runner.make_model(test, folder / (test.name + ".oz"))
             program, arguments = runner.program(test, has_model, options)
             with open(runner.input_of(test), "rb") as source:
-                subprocess.run(arguments, executable=program, stdin=source, capture_output=True, cwd=folder, check=False,
-                               env=runner.environment(test))
+                subprocess.run(arguments, executable=program, stdin=source, capture_output=True, cwd=folder,
+                               check=False, env=runner.environment(test))
             base = next(f.stem for f in folder.glob("*.f90mac"))
             report = compile_set(folder, base, options)
         if bool(report) != (name in UNCOMPILABLE):
@@ -139,8 +140,8 @@ def generate(folder, model, language, functions, variables, options):
     base = re.search(r"^model (\w+)", source, re.MULTILINE)[1]
     script = ["compile %s messages" % model.name, "open %s %s False" % (language, base)]
     script += ["variable " + v for v in variables] + ["function %s 0" % f for f in functions] + ["close"]
-    done = subprocess.run([options.commands], input="\n".join(script) + "\n", cwd=folder, capture_output=True, text=True,
-                          check=False)
+    done = subprocess.run([options.commands], input="\n".join(script) + "\n", cwd=folder, capture_output=True,
+                          text=True, check=False)
     messages = (folder / "messages").read_text() + (folder / (base + ".erf")).read_text()
     if done.returncode or "Error" in messages:
         raise SystemExit("%s in %s: %s%s" % (model.name, language, messages, done.stderr))
@@ -177,8 +178,9 @@ def fortran_program(folder, base, values, options):
     lines += ["call ALIF_MAIN()", "end program", ""]
     (folder / "main.f90").write_text("\n".join(lines))
     report = compile_set(folder, base, options)
-    report += command(folder, options.fortran, "-cpp", "-O2", "-ffree-line-length-none", "-I", options.modules, "main.f90",
-                      base + ".o", base + "if.o", *options.fortran_libraries, "-lstdc++", "-lpthread", "-o", "fortran")
+    report += command(folder, options.fortran, "-cpp", "-O2", "-ffree-line-length-none", "-I", options.modules,
+                      "main.f90", base + ".o", base + "if.o", *options.fortran_libraries, "-lstdc++", "-lpthread",
+                      "-o", "fortran")
     if report:
         raise SystemExit(report)
     return folder / "fortran"
@@ -219,7 +221,8 @@ def parameters(folder, base):
 
 def declaration(body, name):
     """Type and sizes of an argument, the sizes in the order of the model."""
-    kind, sizes = re.search(r"^ *(\w+).*intent\(in\) :: %s(?:\((.*)\))?$" % re.escape(name), body, re.MULTILINE).groups()
+    line = re.search(r"^ *(\w+).*intent\(in\) :: %s(?:\((.*)\))?$" % re.escape(name), body, re.MULTILINE)
+    kind, sizes = line.groups()
     return kind, sizes.split(",")[::-1] if sizes else []
 
 
@@ -251,7 +254,7 @@ def random_arguments(arguments, dice, signed):
                 values[name] = dice.randint(1, 2)
     for name, kind, sizes in arguments:
         if sizes:
-            counts = [dice.randint(2, 5) if s == ":" else eval(s, {}, values) for s in sizes]  # pylint: disable=eval-used
+            counts = [dice.randint(2, 5) if s == ":" else eval(s, {}, values) for s in sizes]
             values[name] = array(kind, counts, dice, not signed)
     return [values[name] for name, _, _ in arguments]
 
@@ -302,7 +305,8 @@ def compare(model, options):
         base = generate(folders[0], model, "Fortran90", functions, variables, options)
         generate(folders[1], model, "C++", functions, variables, options)
         signatures = parameters(folders[0], base)
-        programs = [fortran_program(folders[0], base, values, options), cplusplus_program(folders[1], base, values, options)]
+        programs = [make(folder, base, values, options)
+                    for make, folder in zip((fortran_program, cplusplus_program), folders)]
         with ozlink.run([programs[0]], stdout=subprocess.DEVNULL) as fortran, \
                 ozlink.run([programs[1]], stdout=subprocess.DEVNULL) as cplusplus:
             for function in functions:
@@ -322,7 +326,9 @@ def compare(model, options):
 
 def check_agreement(options):
     failures = []
-    for model in sorted((TESTS.parent / "examples").glob("*.oz")) + [TESTS / "fortran" / n for n in ("forms.oz", "agree.oz")]:
+    models = sorted((TESTS.parent / "examples").glob("*.oz"))
+    models += [TESTS / "fortran" / name for name in ("forms.oz", "agree.oz")]
+    for model in models:
         if listed(model)[0]:
             failures += compare(model, options)
     return failures
@@ -505,7 +511,7 @@ def main():
     parser.add_argument("--modules", required=True, type=pathlib.Path, help="the folder of the runtime's modules")
     parser.add_argument("--fortran-libraries", nargs="*", default=[], help="libraries of Fortran programs")
     parser.add_argument("--cxx", default="c++", help="the C++ compiler")
-    parser.add_argument("--cxx-include", nargs="*", default=[], help="folders of the headers that generated C++ includes")
+    parser.add_argument("--cxx-include", nargs="*", default=[], help="folders of the headers of C++")
     parser.add_argument("--cxx-libraries", nargs="*", default=[], help="libraries of C++ programs")
     options = parser.parse_args()
     failures = {"sets": check_sets, "agree": check_agreement, "values": check_values}[options.what](options)
