@@ -31,11 +31,12 @@ namespace alginter {
 template <class T>
 T get(const char* name);
 
-#define ALGINTER_TYPES(X)                                                                                            \
-  X(int)                                                                                                             \
-  X(double)                                                                                                          \
-  X(lm_complex) X(RWCString) X(intN) X(intNN) X(intNNN) X(intNNNN) X(doubleN) X(doubleNN) X(doubleNNN) X(doubleNNNN) \
-      X(lm_complexN) X(lm_complexNN) X(lm_complexNNN) X(lm_complexNNNN)
+#define ALGINTER_TYPES(X)                                                                                             \
+  X(int)                                                                                                              \
+  X(double)                                                                                                           \
+  X(lm_complex)                                                                                                       \
+  X(RWCString) X(intN) X(intNN) X(intNNN) X(intNNNN) X(doubleN) X(doubleNN) X(doubleNNN) X(doubleNNNN) X(lm_complexN) \
+      X(lm_complexNN) X(lm_complexNNN) X(lm_complexNNNN)
 #define ALGINTER_DECLARE(T)   \
   template <>                 \
   T get<T>(const char* name); \
