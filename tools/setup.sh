@@ -41,9 +41,9 @@ lacking() {
       has_cmake || echo cmake
       has ninja || echo ninja-build
       has_gtest || echo libgtest-dev
+      has python3 || echo python3
       ;;
     check)
-      has python3 || echo python3
       has gfortran || echo gfortran
       has mpicxx || echo libopenmpi-dev
       has mpirun || echo openmpi-bin
