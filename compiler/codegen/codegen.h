@@ -13,9 +13,6 @@ extern int evaluate_function_flag;
 void init_code();
 void exit_code();
 
-// A tree by way of parallel extraction to statements of Fortran. No command calls it.
-void make_code(tAsynt tree);
-
 // Writes a tree under a heading on standard error.
 void Dumpt(const char* text, tAsynt tree);
 

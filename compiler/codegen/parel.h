@@ -20,7 +20,7 @@ void Closeparel();
 // The ParExec that the system t becomes. Typing must have been begun.
 tAsynt Parallelize(tAsynt t);
 
-// Writes the system t as a schedule in Fortran.
+// Writes the system t as a schedule in Fortran. No command calls it.
 void make_code(tAsynt t);
 
 // The place of a symbol in a Symbols list, from 1; negative if it is not there.

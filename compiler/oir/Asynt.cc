@@ -78,7 +78,7 @@ void CloseAsynt() {}
 namespace {
 
 // A tree is small if it has at most a node per so many bytes of all nodes: about an eighth of them.
-constexpr unsigned long kBytesPerStep = 8 * 24;
+constexpr unsigned long kBytesPerStep = 8UL * 24;
 
 TreeKit<Asynt_Node> kit{Asynt_Schema, alloc_for_copy};
 

@@ -31,12 +31,10 @@ namespace alginter {
 template <class T>
 T get(const char* name);
 
-#define ALGINTER_TYPES(X)                                                                                             \
-  X(int)                                                                                                              \
-  X(double)                                                                                                           \
-  X(lm_complex)                                                                                                       \
-  X(RWCString) X(intN) X(intNN) X(intNNN) X(intNNNN) X(doubleN) X(doubleNN) X(doubleNNN) X(doubleNNNN) X(lm_complexN) \
-      X(lm_complexNN) X(lm_complexNNN) X(lm_complexNNNN)
+#define ALGINTER_SCALARS(X) X(int) X(double) X(lm_complex) X(RWCString)
+#define ALGINTER_ARRAYS(X, E) X(E##N) X(E##NN) X(E##NNN) X(E##NNNN)
+#define ALGINTER_TYPES(X) \
+  ALGINTER_SCALARS(X) ALGINTER_ARRAYS(X, int) ALGINTER_ARRAYS(X, double) ALGINTER_ARRAYS(X, lm_complex)
 #define ALGINTER_DECLARE(T)   \
   template <>                 \
   T get<T>(const char* name); \
