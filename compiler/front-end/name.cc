@@ -18,7 +18,8 @@ namespace oz {
 
 namespace {
 
-[[noreturn]] void unimplemented(const char* routine, tAsynt t) {
+// A kind of node that cannot stand where the routine met it; the text of the message is fixed.
+[[noreturn]] void refuse_kind(const char* routine, tAsynt t) {
   die_msg("Unimplemented type in %s: %s\n", routine, Asynt_NodeName(Asynt_Kind(t)));
 }
 
@@ -72,7 +73,7 @@ void Find_locals(tAsynt t) {
         t = RelativeNest_FullFormExpression(syminfo);
         continue;
       }
-      default: unimplemented("Find_locals", t);
+      default: refuse_kind("Find_locals", t);
     }
   }
 }
@@ -98,12 +99,12 @@ void Find_all_locals(tAsynt model) {
 
 // The variable of a named pattern. A path is no variable, and a predefined name cannot be one.
 void Find_pattern_name(tAsynt name) {
-  if (Asynt_Kind(name) != kSymbol) unimplemented("Find_pattern", name);
+  if (Asynt_Kind(name) != kSymbol) refuse_kind("Find_pattern", name);
   const tAsynt syminfo = Symbol_SymInfo(name);
   switch (Asynt_Kind(syminfo)) {
     case kSimpleSymbol: add_pattern_sym(syminfo); return;
     case kFullSymbol: return;
-    default: unimplemented("Find_pattern", syminfo);
+    default: refuse_kind("Find_pattern", syminfo);
   }
 }
 
@@ -164,7 +165,7 @@ void Find_pattern(tAsynt t) {
       Find_pattern(Binary_LHS(t));
       t = Binary_RHS(t);
     } else {
-      unimplemented("Find_pattern", t);
+      refuse_kind("Find_pattern", t);
     }
   }
 }
@@ -324,7 +325,7 @@ tAsynt* Qualify_family(tAsynt* t) {
     return &Binary_RHS(*t);
   }
   if (Asynt_IsType(*t, kConstant)) return nullptr;
-  unimplemented("Qualify", *t);
+  refuse_kind("Qualify", *t);
 }
 
 }  // namespace
