@@ -33,8 +33,8 @@ inline tAsynt CPsymbol_info(tAsynt t) { return Asynt_IsType(t, kSymbol) ? Symbol
 // The first cell of a parameter list that is a parameter: null at the end and, with ignorelast, at the last cell.
 tAsynt CPparam_cell(tAsynt list, bool ignorelast);
 
-// Both texts of an external function to the .icc, the declaration of the foreign routine and the function that calls it;
-// the prototype of the latter to the .h. The type is that of the value, NoType for a function without one.
+// Both texts of an external function to the .icc, the declaration of the foreign routine and the function that calls
+// it; the prototype of the latter to the .h. The type is that of the value, NoType for a function without one.
 void CPunparse_stub(tAsynt name, tAsynt params, tAsynt body, tAsynt type);
 
 }  // namespace oz
