@@ -2,8 +2,9 @@
 //
 //   ozgen [-w] LANGUAGE DIRECTORY NAME MODEL ENTITY...
 //
-// writes DIRECTORY/NAME.cc and so on. An entity is a function, f:Model/area, or a variable, v:Model/size; "v:" alone
-// stands for all typed variables. With -w there are wrappers for calls over the link. Messages go to standard error.
+// writes DIRECTORY/NAME.cc and so on. An entity is a function, f:Model/area, a function that the host answers,
+// c:Model/ask, or a variable, v:Model/size; "v:" alone stands for all typed variables. With -w there are wrappers for
+// calls over the link, but none for what the host answers. Messages go to standard error.
 // The status is 0 if there was no error among them: the files are complete then.
 #include <unistd.h>
 
@@ -66,15 +67,15 @@ void generate(std::string entity, bool wrappers) {
   if (entity.compare(0, 2, "v:") == 0)
     need_ok(oz::al_generate_variable(name.c_str()), entity.c_str());
   else
-    need_ok(oz::al_generate_function(name.c_str(), wrappers ? 0 : 1), entity.c_str());
+    need_ok(oz::al_generate_function(name.c_str(), wrappers && entity[0] == 'f' ? 0 : 1), entity.c_str());
 }
 
 int usage() {
-  std::fputs("usage: ozgen [-w] LANGUAGE DIRECTORY NAME MODEL {f:FUNCTION | v:VARIABLE}...\n", stderr);
+  std::fputs("usage: ozgen [-w] LANGUAGE DIRECTORY NAME MODEL {f:FUNCTION | c:CALLBACK | v:VARIABLE}...\n", stderr);
   return 2;
 }
 
-bool is_entity(const char* text) { return std::strncmp(text, "f:", 2) == 0 || std::strncmp(text, "v:", 2) == 0; }
+bool is_entity(const char* text) { return *text && std::strchr("fcv", *text) && text[1] == ':'; }
 
 }  // namespace
 
