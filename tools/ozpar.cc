@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <getopt.h>
 #include <strings.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -233,6 +234,8 @@ tAsynt system_in_text(const std::string& text) {
 
 // Runs the compiler up to the kept model. It ends standard error, which is wanted further on.
 void compile(const char* model) {
+  struct stat what {};
+  if (stat(model, &what) == 0 && S_ISDIR(what.st_mode)) refuse("cannot read '%s': %s", model, std::strerror(EISDIR));
   const int messages = dup(STDERR_FILENO);
   std::string program = "ozpar", keep = "-R", file = model;
   char* arguments[] = {program.data(), keep.data(), file.data(), nullptr};
