@@ -269,9 +269,25 @@ tAsynt system_in_model(const char* model, const char* name) {
 
 const char* output_name = "standard output";
 
+const char* unfinished = nullptr;  // the file that is being written
+
+// Nobody shall take the beginning of a schedule for a schedule.
+void remove_unfinished() {
+  struct stat what {};
+  if (unfinished && stat(unfinished, &what) == 0 && S_ISREG(what.st_mode)) unlink(unfinished);
+}
+
+void open_output(const char* file) {
+  output_name = file;
+  if (!std::freopen(file, "w", stdout)) refuse("cannot write '%s': %s", file, std::strerror(errno));
+  unfinished = file;
+  std::atexit(remove_unfinished);
+}
+
 void close_output() {
   const bool failed = std::ferror(stdout) != 0;
   if (std::fclose(stdout) != 0 || failed) refuse("cannot write '%s'", output_name);
+  unfinished = nullptr;
 }
 
 // The printer of sources has no form for a conversion, and the generators write what is inside.
@@ -494,10 +510,7 @@ int main(int argc, char** argv) {
   init_operator_name();
   ode_Exit = not_a_system;
   const tAsynt system = r.model ? system_in_model(r.model, r.source) : system_in_text(read_text(r.source));
-  if (r.output) {
-    output_name = r.output;
-    if (!std::freopen(r.output, "w", stdout)) refuse("cannot write '%s': %s", r.output, std::strerror(errno));
-  }
+  if (r.output) open_output(r.output);
   write_product(system, r);
   close_output();
   return 0;
