@@ -129,6 +129,8 @@ function(oz_generate)
   endif()
   target_sources(${arg_TARGET} PRIVATE ${sources} ${headers})
   if(fortran)
+    # Targets of one folder can hold sets of one model, and thus modules of one name.
+    set_target_properties(${arg_TARGET} PROPERTIES Fortran_MODULE_DIRECTORY ${folder})
     set_source_files_properties(${sources} PROPERTIES Fortran_PREPROCESS ON COMPILE_OPTIONS -cpp
                                                       OBJECT_DEPENDS "${headers}")
   endif()
