@@ -224,11 +224,22 @@ tAsynt verified(tAsynt system) {
   return system;
 }
 
-tAsynt system_in_text(const std::string& text) {
+const char* being_read = nullptr;  // the text that the reader is at work on
+
+// The reader, which is made for texts of the host, says little of what is wrong with others.
+void blame_text() {
+  if (being_read) std::fprintf(stderr, "ozpar: '%s' cannot be read as a system in full-form text\n", being_read);
+}
+
+tAsynt system_in_text(const char* file) {
+  const std::string text = read_text(file);
+  being_read = file;
+  std::atexit(blame_text);
   ffscan_SetString(text.c_str());
   ffscan_BeginFile("");
   tAsynt tree = ffparse(1);
   Comp_elim(tree, &tree, nullptr);
+  being_read = nullptr;
   return verified(tree);
 }
 
@@ -509,7 +520,7 @@ int main(int argc, char** argv) {
   bigbuf_init();
   init_operator_name();
   ode_Exit = not_a_system;
-  const tAsynt system = r.model ? system_in_model(r.model, r.source) : system_in_text(read_text(r.source));
+  const tAsynt system = r.model ? system_in_model(r.model, r.source) : system_in_text(r.source);
   if (r.output) open_output(r.output);
   write_product(system, r);
   close_output();
