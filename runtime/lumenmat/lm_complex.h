@@ -56,7 +56,9 @@ class lm_complex {
   double v_[2];
 };
 
-static_assert(sizeof(lm_complex) == 2 * sizeof(double) && std::is_standard_layout_v<lm_complex>);
+// As arguments and as values of such routines.
+static_assert(sizeof(lm_complex) == 2 * sizeof(double) && std::is_standard_layout_v<lm_complex> &&
+              std::is_trivially_copyable_v<lm_complex>);
 
 // Elements as routines of other languages get them.
 template <class T>
