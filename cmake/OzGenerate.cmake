@@ -129,8 +129,13 @@ function(oz_generate)
   endif()
   target_sources(${arg_TARGET} PRIVATE ${sources} ${headers})
   if(fortran)
-    # Targets of one folder can hold sets of one model, and thus modules of one name.
-    set_target_properties(${arg_TARGET} PROPERTIES Fortran_MODULE_DIRECTORY ${folder})
+    # Of two targets with one model in a directory each has its own module files.
+    get_target_property(modules ${arg_TARGET} Fortran_MODULE_DIRECTORY)
+    if(NOT modules)
+      set(modules ${folder}/modules)
+      set_target_properties(${arg_TARGET} PROPERTIES Fortran_MODULE_DIRECTORY ${modules})
+      target_include_directories(${arg_TARGET} PUBLIC $<BUILD_INTERFACE:${modules}>)
+    endif()
     set_source_files_properties(${sources} PROPERTIES Fortran_PREPROCESS ON COMPILE_OPTIONS -cpp
                                                       OBJECT_DEPENDS "${headers}")
   endif()

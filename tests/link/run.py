@@ -115,9 +115,13 @@ class LinkTest(unittest.TestCase):
 
     def test_both_modes_write_what_the_command_line_writes(self):
         self.write("byline.oz", MODEL)
-        for language in ["C++", "Fortran90"]:
+        body = "Plus[P$`x, Times[P$`x, P$`y], Times[P$`x, P$`y]]"
+        self.write("body", '"%s"' % body)
+        for language in ["C++", "Fortran90", "HPF"]:
             for options, call in [(["-v", ""], 'GenerateVariableInternal "Hold[]"'),
-                                  (["-f", "Small/f"], 'GenerateFunctionInternal "Hold[Small`f]" 0')]:
+                                  (["-f", "Small/f"], 'GenerateFunctionInternal "Hold[Small`f]" 0'),
+                                  (["-e", "Small/f", "-E", "body"],
+                                   'GenerateEvaluateFunctionInternal "Hold[Small`f]" "%s" 0' % body)]:
                 with self.subTest(language=language, call=call):
                     done = self.oz("-l", language, *options, "byline.oz")
                     self.assertEqual(done.returncode, 0, done.stderr)
