@@ -80,7 +80,7 @@ namespace {
 // A tree is small if it has at most a node per so many bytes of all nodes: about an eighth of them.
 constexpr unsigned long kBytesPerStep = 8UL * 24;
 
-TreeKit<Asynt_Node> kit{Asynt_Schema, alloc_for_copy};
+TreeKit<Asynt_Node, alloc_for_copy> kit{Asynt_Schema};
 
 // ---- numbers of walks
 
@@ -125,6 +125,8 @@ ScannedKind scanned_kind(const TreeKind& k) {
   if (k.child_count > kScanned) return s;
   s.size = static_cast<uint16_t>(tree_node_size(k));
   s.child_count = k.child_count;
+  if (k.child_count > 0)
+    for (int i = 0; i < kScanned; i++) s.offset[i] = static_cast<uint8_t>(sizeof(TreeNode) + size_t{8} * k.children[0]);
   for (int i = 0; i < k.child_count; i++) {
     s.offset[i] = static_cast<uint8_t>(sizeof(TreeNode) + size_t{8} * k.children[i]);
     s.range[i] = k.first_kind[i] | static_cast<uint32_t>(k.last_kind[i] - k.first_kind[i]) << 16;
@@ -154,7 +156,8 @@ struct PendingChildren {
   // Which kind follows which is hard to foresee: the children of a node are noted without a branch on their number.
   void add(const char* node, const ScannedKind& k) {
     for (int i = 0; i < kScanned; i++) {
-      const TreeNode* c = *reinterpret_cast<const TreeNode* const*>(node + k.offset[i]);
+      const char* const field = node + k.offset[i];
+      const TreeNode* c = *reinterpret_cast<const TreeNode* const*>(field);
       __builtin_prefetch(c);
       waiting[count + static_cast<size_t>(i)] = {c, k.range[i]};
     }

@@ -17,10 +17,10 @@
 
 namespace oz {
 
-template <typename Node>
+// Alloc makes a node with this many fields, whose head is clear.
+template <typename Node, Node* (*alloc)(size_t fields)>
 struct TreeKit {
   const TreeSchema& schema;
-  Node* (*alloc)(size_t fields);  // a node whose head is clear
   // A field that a tree writes in its own way (null for none): true if it was written.
   bool (*write_special)(FILE* f, const Node* t, const TreeField& field, size_t slot) = nullptr;
 
@@ -56,20 +56,16 @@ struct TreeKit {
 
   // ---- copy
 
-  // While a copy is made, the mark of a node counts the references that are still to be followed. A node with more than
-  // one is noted when it is copied, since the others need to know its copy: its mark is then its number among these
-  // nodes, above kNoted.
+  // While a copy is made, the mark of a node that has been copied is its number in this list, from 1.
   struct Forwarded {
     Node* old_node;
     Node* new_node;
   };
   std::vector<Forwarded> forwarded{};
-  static constexpr uint32_t kNoted = 0x80000000;
-  static constexpr size_t kKept = 1000;  // room that is kept from one copy to the next
+  static constexpr size_t kKept = 100000;  // room that is kept from one copy to the next
 
   Node* copy(Node* t) {
     Node* result = nullptr;
-    mark(t);
     copy_into(t, &result);
     for (const Forwarded& f : forwarded) f.old_node->yyMark = 0;
     if (forwarded.size() > kKept) forwarded = {};
@@ -77,23 +73,19 @@ struct TreeKit {
     return result;
   }
 
-  void note_copy(Node* t, Node* n) {
-    t->yyMark = kNoted + static_cast<uint32_t>(forwarded.size());
-    forwarded.push_back({t, n});
-  }
-
   // Copies t and stores the copy's address in *where.
   void copy_into(Node* t, Slot* where) {
     while (t) {
-      if (t->yyMark >= kNoted) {
-        *where = forwarded[t->yyMark - kNoted].new_node;
+      if (t->yyMark != 0) {
+        *where = forwarded[t->yyMark - 1].new_node;
         return;
       }
       const TreeKind& k = kind_of(t);
       Node* n = alloc(k.field_count);
       for (size_t i = 0; i < k.field_count; i++) tree_raw_slot<uint64_t>(n, i) = tree_raw_slot<uint64_t>(t, i);
       n->yyKind = t->yyKind;
-      if (--t->yyMark > 0) note_copy(t, n);
+      forwarded.push_back({t, n});
+      t->yyMark = static_cast<uint32_t>(forwarded.size());
       *where = n;
       if (k.child_count == 0) return;
       for (int i = 0; i + 1 < k.child_count; i++) copy_into(child(t, k.children[i]), &child(n, k.children[i]));
