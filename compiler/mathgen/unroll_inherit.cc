@@ -395,19 +395,20 @@ void This2Current(tAsynt* t, tAsynt context) {
 }
 
 void TakeOwn(tAsynt* t, tAsynt context) {
-  std::unordered_map<tAsynt, tAsynt> own;
+  Replacements own;
   walk_places(t, [&own, context](tAsynt* place) {
     if (Asynt_Kind(*place) != kSimpleSymbol) return current_place(place, context);
     tAsynt type = SymInfo_Type(*place);
     const bool changes = Asynt_IsType(type, kBasicType) ? current_index_string != nullptr : Asynt_Kind(type) != kNoType;
     if (!changes) return false;
-    tAsynt& info = own[*place];
-    if (!info) info = mSimpleSymbol(type, SymInfo_Pos(*place), NamedSymbol_Name(*place));
+    tAsynt info = own.of(*place);
+    if (!info) info = own.note(*place, mSimpleSymbol(type, SymInfo_Pos(*place), NamedSymbol_Name(*place)));
     *place = info;
     return false;
   });
   // Behind the walk, since copying needs the marks.
-  for (const auto& [shared, info] : own) SymInfo_Type(info) = CopyAsynt(SymInfo_Type(shared));
+  own.forget_marks();
+  for (const auto& [shared, info] : own.all) SymInfo_Type(info) = CopyAsynt(SymInfo_Type(shared));
 }
 
 // The classes on the way to an ancestor are kept on a list: a chain of classes may be long.

@@ -53,7 +53,7 @@ bool is_function_local(tAsynt info) {
 struct AbsolutizeVisit {
   tAsynt context;
   SymbolLog* log;
-  std::unordered_map<tAsynt, tAsynt>* made;
+  Replacements* made;
   PlaceWalk<AbsolutizeVisit>* walk;
   int in_auxiliary = 0;
 
@@ -69,9 +69,8 @@ struct AbsolutizeVisit {
 
   tAsynt absolute_simple(tAsynt info) const {
     if (in_auxiliary) return absolute(info, mExpression0());
-    tAsynt& known = (*made)[info];
-    if (!known) known = absolute(info, mExpression0());
-    return known;
+    if (tAsynt known = made->of(info)) return known;
+    return made->note(info, absolute(info, mExpression0()));
   }
 
   // The names in a path are those of other objects and stay; the arguments of its indexed components are walked.
@@ -324,7 +323,7 @@ SymbolLog* new_symbol_log() { return &logs.emplace_back(); }
 void keep_symbol_log(tAsynt context, SymbolLog* log) { log_of[context] = log; }
 
 void Absolutize(tAsynt* t, tAsynt context, SymbolLog* log) {
-  std::unordered_map<tAsynt, tAsynt> made;
+  Replacements made;
   PlaceWalk<AbsolutizeVisit> walk{{context, log, &made, nullptr}};
   walk.visit.walk = &walk;
   walk.walk(t);

@@ -54,6 +54,30 @@ struct Entered {
   }
 };
 
+// What has come in the place of nodes that the walks at work do not enter: the mark of such a node is the number of its
+// replacement, from 1. The marks are 0 again at the end.
+struct Replacements {
+  struct Replaced {
+    tAsynt before;
+    tAsynt after;
+  };
+  std::vector<Replaced> all{};
+  Replacements() = default;
+  Replacements(const Replacements&) = delete;
+  Replacements& operator=(const Replacements&) = delete;
+  ~Replacements() { forget_marks(); }
+  // Null if there is none.
+  tAsynt of(tAsynt t) const { return t->yyMark == 0 ? nullptr : all[t->yyMark - 1].after; }
+  tAsynt note(tAsynt before, tAsynt after) {
+    all.push_back({before, after});
+    before->yyMark = static_cast<uint32_t>(all.size());
+    return after;
+  }
+  void forget_marks() const {
+    for (const Replaced& r : all) r.before->yyMark = 0;
+  }
+};
+
 template <typename Visit>
 struct PlaceWalk {
   Visit visit;
