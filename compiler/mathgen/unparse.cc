@@ -305,8 +305,22 @@ void Unparse_function2(tAsynt t) {
 
 // ---- constants
 
+// Most texts are names of a few characters: they are copied as they are read.
 void Unparse_text(string s) {
-  if (s) upout(s);
+  if (!s) return;
+  constexpr size_t kShort = 15;
+  if (up.watch || static_cast<size_t>(up.end - up.at) < kShort) [[unlikely]]
+    return upout(s);
+  char* const start = up.at;
+  for (size_t i = 0; i < kShort; i++) {
+    if (s[i] == '\0') {
+      if (i > 0 && s[i - 1] == '\n') return upout(s);
+      up.at = start + i;
+      return;
+    }
+    start[i] = s[i];
+  }
+  upout(s);
 }
 
 // In quotes, which the language has no way to escape. One piece: a text that ends a line is not at its start.
