@@ -135,7 +135,7 @@ class Substitution {
           return;
         default: break;
       }
-      const TreeKind& k = Asynt_Schema.kinds[t->yyKind];
+      const TreeShape& k = Asynt_Shapes[t->yyKind];
       if (k.child_count == 0 || !entered_.enter(t)) return;
       for (int i = 0; i + 1 < k.child_count; i++) FormalSubst(&tree_raw_slot<tAsynt>(t, k.children[i]), left);
       place = &tree_raw_slot<tAsynt>(t, k.children[k.child_count - 1]);
@@ -206,7 +206,7 @@ class Height {
     const tAsynt start = t;
     int below = 0;
     while (entered_.enter(t)) {
-      const TreeKind& k = Asynt_Schema.kinds[t->yyKind];
+      const TreeShape& k = Asynt_Shapes[t->yyKind];
       if (k.child_count == 0) break;
       for (int i = 0; i + 1 < k.child_count; i++) below = std::max(below, of(tree_raw_slot<tAsynt>(t, k.children[i])));
       const tAsynt last = tree_raw_slot<tAsynt>(t, k.children[k.child_count - 1]);

@@ -87,7 +87,7 @@ struct PlaceWalk {
     for (;;) {
       if (!*place || !visit(place)) return;
       tAsynt t = *place;
-      const TreeKind& k = Asynt_Schema.kinds[t->yyKind];
+      const TreeShape& k = Asynt_Shapes[t->yyKind];
       if (k.child_count == 0 || !entered.enter(t)) return;
       for (int i = 0; i + 1 < k.child_count; i++) walk(&tree_raw_slot<tAsynt>(t, k.children[i]));
       place = &tree_raw_slot<tAsynt>(t, k.children[k.child_count - 1]);

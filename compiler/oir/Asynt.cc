@@ -81,7 +81,7 @@ namespace {
 // A tree is small if it has at most a node per so many bytes of all nodes: a few in a hundred.
 constexpr unsigned long kBytesPerStep = 64UL * 24;
 
-TreeKit<Asynt_Node, alloc_for_copy> kit{Asynt_Schema};
+TreeKit<Asynt_Node, alloc_for_copy, Asynt_Shapes> kit{Asynt_Schema};
 
 // ---- numbers of walks
 

@@ -53,6 +53,14 @@ struct TreeKind {
   const TreeField* fields;
 };
 
+// What a walk needs of a kind, in one word.
+struct TreeShape {
+  uint8_t field_count;
+  uint8_t child_count;
+  uint8_t children[kMaxChildren];
+};
+static_assert(sizeof(TreeShape) == 8);
+
 struct TreeSchema {
   const char* tree_name;  // "Asynt"
   const char* null_name;  // what a dump writes for a null child, "NoAsynt"

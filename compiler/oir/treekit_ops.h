@@ -17,8 +17,8 @@
 
 namespace oz {
 
-// Alloc makes a node with this many fields, whose head is clear.
-template <typename Node, Node* (*alloc)(size_t fields)>
+// alloc makes a node with this many fields, whose head is clear; shapes are those of the tree's kinds.
+template <typename Node, Node* (*alloc)(size_t fields), const TreeShape* shapes>
 struct TreeKit {
   const TreeSchema& schema;
   // A field that a tree writes in its own way (null for none): true if it was written.
@@ -29,13 +29,14 @@ struct TreeKit {
   // ---- shared by the operations
 
   const TreeKind& kind_of(const Node* t) const { return schema.kinds[t->yyKind]; }
+  static const TreeShape& shape_of(const Node* t) { return shapes[t->yyKind]; }
   bool known(const Node* t) const { return t->yyKind < schema.kind_count; }
   static Slot& child(Node* t, size_t slot) { return tree_raw_slot<Slot>(t, slot); }
   static Node* child(const Node* t, size_t slot) { return tree_raw_slot<Slot>(const_cast<Node*>(t), slot); }
   // Counts the references into the tree: afterwards a node's mark is the number of places that point to it.
   void mark(Node* t) {
     while (t && ++t->yyMark == 1 && known(t)) {
-      const TreeKind& k = kind_of(t);
+      const TreeShape& k = shape_of(t);
       if (k.child_count == 0) return;
       for (int i = 0; i + 1 < k.child_count; i++) mark(child(t, k.children[i]));
       t = child(t, k.children[k.child_count - 1]);
@@ -47,7 +48,7 @@ struct TreeKit {
     while (t && t->yyMark != 0) {
       t->yyMark = 0;
       if (!known(t)) return;
-      const TreeKind& k = kind_of(t);
+      const TreeShape& k = shape_of(t);
       if (k.child_count == 0) return;
       for (int i = 0; i + 1 < k.child_count; i++) clear(child(t, k.children[i]));
       t = child(t, k.children[k.child_count - 1]);
@@ -80,7 +81,7 @@ struct TreeKit {
         *where = forwarded[t->yyMark - 1].new_node;
         return;
       }
-      const TreeKind& k = kind_of(t);
+      const TreeShape& k = shape_of(t);
       Node* n = alloc(k.field_count);
       for (size_t i = 0; i < k.field_count; i++) tree_raw_slot<uint64_t>(n, i) = tree_raw_slot<uint64_t>(t, i);
       n->yyKind = t->yyKind;
@@ -367,7 +368,7 @@ struct TreeKit {
     while (t && t->yyMark != 0) {
       t->yyMark--;
       if (!known(t)) return;
-      const TreeKind& k = kind_of(t);
+      const TreeShape& k = shape_of(t);
       if (k.child_count == 0) return;
       for (int i = 0; i + 1 < k.child_count; i++) {
         Node* c = child(t, k.children[i]);
@@ -393,7 +394,7 @@ struct TreeKit {
       t->yyMark = 0;
       proc(t);
       if (!known(t)) return;
-      const TreeKind& k = kind_of(t);
+      const TreeShape& k = shape_of(t);
       if (k.child_count == 0) return;
       for (int i = 0; i + 1 < k.child_count; i++) td_marked(child(t, k.children[i]), proc);
       t = child(t, k.children[k.child_count - 1]);
@@ -427,7 +428,7 @@ struct TreeKit {
         return;
       }
       if (!known(t)) return;
-      const TreeKind& k = kind_of(t);
+      const TreeShape& k = shape_of(t);
       if (k.child_count == 0) return;
       for (int i = 0; i + 1 < k.child_count; i++) td2_marked(&child(t, k.children[i]), proc);
       where = &child(t, k.children[k.child_count - 1]);
@@ -438,7 +439,7 @@ struct TreeKit {
   void skip_children(Node* t) {
     for (;;) {
       if (!known(t)) return;
-      const TreeKind& k = kind_of(t);
+      const TreeShape& k = shape_of(t);
       if (k.child_count == 0) return;
       for (int i = 0; i + 1 < k.child_count; i++) {
         Node* c = child(t, k.children[i]);
@@ -459,7 +460,7 @@ struct TreeKit {
 
   void keep_children(Node* t) {
     if (!known(t)) return;
-    const TreeKind& k = kind_of(t);
+    const TreeShape& k = shape_of(t);
     for (int i = 0; i < k.child_count; i++)
       if (child(t, k.children[i])) leftovers.push_back(child(t, k.children[i]));
   }
@@ -475,7 +476,7 @@ struct TreeKit {
         return;
       }
       if (!descend || !known(t)) return;
-      const TreeKind& k = kind_of(t);
+      const TreeShape& k = shape_of(t);
       if (k.child_count == 0) return;
       for (int i = 0; i + 1 < k.child_count; i++) walk(&child(t, k.children[i]), number, proc);
       where = &child(t, k.children[k.child_count - 1]);
