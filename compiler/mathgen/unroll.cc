@@ -127,7 +127,7 @@ tAsynt set_context(tAsynt inst, const Actuals& actuals, SymbolLog* log) {
   Absolutize(&body.first, current_instance_context, log);
   NukeRightPatterns(format_list);
   if (!disable_DefineIndices) prepend(&format_list, define_indices());
-  if (format_list.first) Absolutize(&format_list.first, current_instance_context, new_format_log());
+  if (format_list.first) Absolutize(&format_list.first, current_instance_context, new_symbol_log());
   EndInst();
   return mContext(current_instance_context, finish(join(format_list, body)));
 }

@@ -13,7 +13,6 @@ namespace oz::unrolling {
 
 // A null in front of a symbol says that it stands in a host auxiliary; a Context stands for the log of a part.
 struct SymbolLog {
-  bool is_shared = true;                 // whether ShareSymis will see it
   std::vector<tAsynt> items{};
   std::vector<tAsynt*> indexed{};  // places of names with indices in their paths, or of calls with such heads
 };
@@ -49,51 +48,12 @@ bool is_function_local(tAsynt info) {
          std::string_view(NamedSymbol_Name(Symbol_SymInfo(first))) == "P$";
 }
 
-// The first absolute name that was made of each untyped name. Found by the address of the text: the scanner gives each
-// name one, and what it misses is found when names are shared.
-class UntypedNames {
- public:
-  // The place for the name; null at first.
-  tAsynt& operator[](string name) {
-    if (2 * used_ >= table_.size()) grow();
-    Entry& e = find(name);
-    used_ += e.name == nullptr;
-    e.name = name;
-    return e.info;
-  }
-
- private:
-  struct Entry {
-    string name = nullptr;
-    tAsynt info = nullptr;
-  };
-
-  Entry& find(string name) {
-    size_t i = static_cast<size_t>(reinterpret_cast<uintptr_t>(name) * 0x9e3779b97f4a7c15 >> shift_);
-    while (table_[i].name && table_[i].name != name) i = (i + 1) & (table_.size() - 1);
-    return table_[i];
-  }
-
-  void grow() {
-    std::vector<Entry> entries(table_.empty() ? 64 : 2 * table_.size());
-    shift_ -= table_.empty() ? 6 : 1;
-    entries.swap(table_);
-    for (const Entry& e : entries)
-      if (e.name) find(e.name) = e;
-  }
-
-  std::vector<Entry> table_{};
-  size_t used_ = 0;
-  unsigned shift_ = 64;
-};
-
 // One walk that makes names absolute. The symbols of one name that share their information go on sharing it, but not
 // inside of host auxiliaries, where each keeps its own.
 struct AbsolutizeVisit {
   tAsynt context;
   SymbolLog* log;
   Replacements* made;
-  UntypedNames* untyped;
   PlaceWalk<AbsolutizeVisit>* walk;
   int in_auxiliary = 0;
 
@@ -110,12 +70,7 @@ struct AbsolutizeVisit {
   tAsynt absolute_simple(tAsynt info) const {
     if (in_auxiliary) return absolute(info, mExpression0());
     if (tAsynt known = made->of(info)) return known;
-    // Where names will be shared, all untyped names of one text become the first of them.
-    if (!log || !log->is_shared || Asynt_Kind(SymInfo_Type(info)) != kNoType || !NamedSymbol_Name(info))
-      return made->note(info, absolute(info, mExpression0()));
-    tAsynt& first = (*untyped)[NamedSymbol_Name(info)];
-    if (!first) first = absolute(info, mExpression0());
-    return made->note(info, first);
+    return made->note(info, absolute(info, mExpression0()));
   }
 
   // The names in a path are those of other objects and stay; the arguments of its indexed components are walked.
@@ -390,18 +345,11 @@ void begin_names() {
 
 SymbolLog* new_symbol_log() { return &logs.emplace_back(); }
 
-SymbolLog* new_format_log() {
-  SymbolLog* const log = new_symbol_log();
-  log->is_shared = false;
-  return log;
-}
-
 void keep_symbol_log(tAsynt context, SymbolLog* log) { log_of[context] = log; }
 
 void Absolutize(tAsynt* t, tAsynt context, SymbolLog* log) {
   Replacements made;
-  UntypedNames untyped;
-  PlaceWalk<AbsolutizeVisit> walk{{context, log, &made, &untyped, nullptr}};
+  PlaceWalk<AbsolutizeVisit> walk{{context, log, &made, nullptr}};
   walk.visit.walk = &walk;
   walk.walk(t);
 }

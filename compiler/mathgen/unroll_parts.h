@@ -186,9 +186,6 @@ void Absolutize(tAsynt* t, tAsynt context, SymbolLog* log = nullptr);
 // A log for the instance to be built, which the log of the instance around it will contain.
 SymbolLog* new_symbol_log();
 
-// A log for the Format rules of a set, whose names are shared with nobody.
-SymbolLog* new_format_log();
-
 // Makes the log of a part known under its context.
 void keep_symbol_log(tAsynt context, SymbolLog* log);
 
