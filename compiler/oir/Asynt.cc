@@ -245,7 +245,8 @@ bool all_nodes_are_good() {
 
 }  // namespace
 
-tAsynt CopyAsynt(tAsynt t) { return kit.copy(t); }
+tAsynt CopyAsynt(tAsynt t) { return kit.copy<true>(t); }
+tAsynt CopyAsyntQuickly(tAsynt t) { return kit.copy<false>(t); }
 bool IsEqualAsynt(const Asynt_Node* a, const Asynt_Node* b) { return kit.equal(a, b); }
 
 // A small tree is walked, whatever else there is: functions are made one by one from a big model. For a big one all
