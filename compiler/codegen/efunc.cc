@@ -170,9 +170,11 @@ unsigned long tolerated_garbage() {
 #endif
 }
 
-// The list of task procedures lives as long as a file set. Nobody asks for those of earlier commands.
+// What modules hold between commands is made afresh: the nodes of the types, and the list of task procedures, of which
+// nobody asks for earlier ones.
 void release_since(const Asynt_Place& start) {
   Asynt_ReleaseSince(start);
+  Begintype();
   forall_init_procs = mSymbol0();
 }
 
