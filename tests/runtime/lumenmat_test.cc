@@ -157,6 +157,7 @@ TEST(Subscripts, OutsideAreNamedInTheMessage) {
       {error_of([&] { m(3, 1) = 0; }), "subscript 1 of an array {2, 3} is 3, not within 1 to 2"},
       {error_of([&] { m(1, 0) = 0; }), "subscript 2 of an array {2, 3} is 0, not within 1 to 3"},
       {error_of([&] { m(1, -4) = 0; }), "subscript 2 of an array {2, 3} is -4, not within 1 to 3"},
+      {error_of([&] { m.Set(All, 2, 3, 0); }), "subscript 1 of an array {2} is 3, not within 1 to 2"},
 #endif
       {error_of([&] { (void)m(R(1, 3), 1); }), "range R(1,3) as subscript 1 of an array {2, 3} is not within 1 to 2"},
       {error_of([&] { (void)m(All, R(3, 1)); }), "range R(3,1) as subscript 2 of an array {2, 3} is not within 1 to 3"},
@@ -182,6 +183,9 @@ TEST(Subscripts, SectionsAreSet) {
   EXPECT_EQ(text(m.Row(1)) + text(m.Col(2)), "{7, 0, 4.5}{0, 4.5, 5.5}");
   m.SetRows(1, 2, 2 * m.Rows(2, 3));
   EXPECT_EQ(text(m), "{{0, 9, 11}, {4, 11, 13}, {2, 5.5, 6.5}}");
+  m.Set(R(2, 3), 3, 1, 1.5);
+  m.Set(All, R(2, 3), -1, make_lumenN(2, 7, 8));
+  EXPECT_EQ(text(m), "{{0, 9, 11}, {4, 11, 1.5}, {2, 7, 8}}");
   intN v = make_lumenN(4, 1, 2, 3, 4);
   v.SetSubVector(2, 3, 0);
   EXPECT_EQ(text(v) + text(v.SubVector(3, 4)), "{1, 0, 0, 4}{0, 4}");
