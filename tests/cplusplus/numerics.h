@@ -49,7 +49,7 @@ double spbessel_c ( const int &, const double &);
 
 void geopolar_ftn ( double , double , double &, double &);
 
-doubleN libsorted_c ( const int &, const doubleN &);
+void libsorted_c ( const int &, const doubleN &, doubleN &, int &);
 
 double bumper_Tforce ( const double &);
 

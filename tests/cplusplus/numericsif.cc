@@ -233,7 +233,12 @@ void AL_sorted()
 {
      get_int(n);
      get_lumenNdouble(x);
-     lmif_return(libsorted_c( n,x));
+     doubleN  zc_O1;
+     int  zc_O2;
+     libsorted_c( n,x,zc_O1,zc_O2);
+     ALPutFunction(stdlink,"List",2);
+     lmif_return(zc_O1);
+     lmif_return(zc_O2);
 }
 
 

@@ -283,7 +283,7 @@
 :Begin:
 :Function:     al_sorted_
 :Pattern:      sorted[ n_Integer,x_List/;VectorQ[x,NumberQ]]
-:Arguments:    {n, x}
+:Arguments:    {n, x, zc_O1, zc_O2}
 :ArgumentTypes:{Manual}
 :ReturnType:   Manual
 :End:

@@ -355,11 +355,14 @@ subroutine al_sorted()
   integer(zc_int) n
   real(zc_real), pointer :: x(:)
   real(zc_real), pointer :: zc_O1(:)
+  integer(zc_int) zc_O2
   call getint(n)
   call getNdouble(x)
   allocate(zc_O1(n))
-  zc_O1 = sorted(n, x)
+  call sorted(n, x, zc_O1, zc_O2)
+  call ALIF_LIST(2)
   call putNdouble(zc_O1)
+  call putint(zc_O2)
   deallocate(x)
   deallocate(zc_O1)
 
