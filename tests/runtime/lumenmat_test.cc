@@ -271,6 +271,9 @@ TEST(Products, AreThoseOfVectorsAndMatrices) {
   EXPECT_EQ(text(Cross(make_lumenN(2, 1, 0))), "{0, 1}");
   EXPECT_EQ(text(Cross(make_lumenN(4, 1, 0, 0, 0), make_lumenN(4, 0, 1, 0, 0), make_lumenN(4, 0, 0, 1, 0))),
             "{0, 0, 0, 1}");
+  EXPECT_EQ(text(Cross(make_lumenN(5, 0, 2, 0, 0, 0), make_lumenN(5, 0, 0, 1, 0, 0),
+                       make_lumenN(5, 0.5, 0.0, 0.0, 1.5, 0.0), make_lumenN(5, 0, 0, 0, 0, 1))),
+            "{3, 0, 0, -1, 0}");
   EXPECT_EQ(error_of([&] { Cross(v, make_lumenN(2, 1, 2)); }), "Cross: a vector of 3 elements is wanted, not of 2");
   const lm_complexN z = make_lumenN(2, lm_complex(0, 1), 1);
   EXPECT_TRUE(z * z == 0);
