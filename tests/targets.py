@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Compiles generated Fortran and runs it.
 
-  sets     every file set that a test under tests/ makes in Fortran is compiled with warnings on, as it comes from the
+  sets     every file set that a script under tests/fortran makes is compiled with warnings on, as it comes from the
            compiler; those of UNCOMPILABLE must be refused
   agree    the functions of a model, generated in Fortran and in C++, become two link programs; both are called with the
            same random arguments, and their answers agree to 1e-13 relative
@@ -29,12 +29,9 @@ import ozlink  # noqa: E402
 
 # File sets that no Fortran compiler takes, and why.
 UNCOMPILABLE = {
-    "fortran/bearing": "an instance set as a variable: its subroutine stands in front of \"contains\"",
-    "fortran/ladder": "an instance set as a variable: its subroutine stands in front of \"contains\"",
-    "fortran/complex": "complex variables have no declaration",
-    "fortran/evaluate": "one function alone: the variable that it uses is no part of the set",
-    "fortran/outflow": "one function alone: the variable that it uses is no part of the set",
-    "fortran/tasks": "a parallel ForAll: the records of its tasks are declared behind the function that uses them",
+    "ladder": "an instance set as a variable: its subroutine stands in front of \"contains\"",
+    "complex": "complex variables have no declaration",
+    "tasks": "a parallel ForAll: the records of its tasks are declared behind the function that uses them",
 }
 
 # Functions of the models that are not compared, and why.
@@ -74,15 +71,6 @@ def command(folder, *words):
 # ---- file sets
 
 
-def fortran_tests():
-    """The tests that write Fortran."""
-    found = set()
-    for file in TESTS.rglob("*.f90"):
-        if (file.parent / (file.stem + ".oz")).exists():
-            found.add(file.with_suffix(""))
-    return sorted(found)
-
-
 def complete_set(folder, base):
     """Gives the file of external functions the name that the module includes it by; the model's name."""
     model = re.search(r"^module zc_(\w+)", (folder / (base + ".f90")).read_text(), re.MULTILINE)[1]
@@ -112,21 +100,17 @@ def compile_set(folder, base, options):
 
 def check_sets(options):
     failures = []
-    for test in fortran_tests():
-        name = "%s/%s" % (test.parent.name, test.name)
+    for script in sorted((TESTS / "fortran").glob("*.cmds")):
         with tempfile.TemporaryDirectory() as made:
             folder = pathlib.Path(made)
-            has_model = runner.make_model(test, folder / (test.name + ".oz"))
-            program, arguments = runner.program(test, has_model, options)
-            with open(runner.input_of(test), "rb") as source:
-                subprocess.run(arguments, executable=program, stdin=source, capture_output=True, cwd=folder,
-                               check=False, env=runner.environment(test))
-            base = next(f.stem for f in folder.glob("*.f90mac"))
-            report = compile_set(folder, base, options)
-        if bool(report) != (name in UNCOMPILABLE):
-            failures.append("%s: %s" % (name, report or "compiles, but stands in the list of those that do not"))
+            runner.copy_models(script.parent, folder)
+            with open(script, "rb") as source:
+                subprocess.run([options.commands], stdin=source, stdout=subprocess.DEVNULL, cwd=folder, check=False)
+            report = compile_set(folder, script.stem, options)
+        if bool(report) != (script.stem in UNCOMPILABLE):
+            failures.append("%s: %s" % (script.stem, report or "compiles, but stands in the list of those that do not"))
         else:
-            print("%-20s %s" % (name, "refused: " + UNCOMPILABLE[name] if report else "compiled"))
+            print("%-20s %s" % (script.stem, "refused: " + UNCOMPILABLE[script.stem] if report else "compiled"))
     return failures
 
 
@@ -139,7 +123,7 @@ def generate(folder, model, language, functions, variables, options):
     (folder / model.name).write_text(source)
     base = re.search(r"^model (\w+)", source, re.MULTILINE)[1]
     script = ["compile %s messages" % model.name, "open %s %s False" % (language, base)]
-    script += ["variable " + v for v in variables] + ["function %s 0" % f for f in functions] + ["close"]
+    script += ["variable " + v for v in variables] + ["function " + f for f in functions] + ["close"]
     done = subprocess.run([options.commands], input="\n".join(script) + "\n", cwd=folder, capture_output=True,
                           text=True, check=False)
     messages = (folder / "messages").read_text() + (folder / (base + ".erf")).read_text()
@@ -286,8 +270,8 @@ def listed(model):
     functions, variables = [], []
     for script in [TESTS / area / (model.stem + ".cmds") for area in ("fortran", "cplusplus")]:
         text = script.read_text() if script.exists() else ""
-        functions += re.findall(r"^function (\S+)", text, re.MULTILINE)
-        variables += re.findall(r"^variable (\S+`\S+)", text, re.MULTILINE)
+        for command, names in re.findall(r"^(function|variable) (.*)", text, re.MULTILINE):
+            (functions if command == "function" else variables).extend(re.findall(r"\S+`\S+", names))
     return (sorted(set(f for f in functions if f not in NOT_COMPARED)),
             sorted(v for v in set(variables) if v != "Forms`pole"))
 
@@ -455,7 +439,7 @@ def check_solvers(program):
 
 def check_callback(options):
     """A function that asks the host, and one that calls an external function."""
-    model = TESTS / "generate" / "fortran.oz"
+    model = TESTS / "fortran" / "demo.oz"
     functions = ["Demo`" + f for f in ("factorial", "host", "bessel", "pair", "largest", "reach")]
     with tempfile.TemporaryDirectory() as made:
         folder = pathlib.Path(made)
