@@ -1,4 +1,15 @@
+BeginPackage["Forms`", { "Operators`", "Iterators`" } ];
+
+  Clear["two`*"];
+  Remove["two`*"];
+  Clear["one`*"];
+  Remove["one`*"];
   Forms`one;
+  Begin["one`"];
+
+    DefineIndices[`indices,  {  } ];
+    one`this:=one;
+    (* Class: K *)
     one`c:=2;
     one`oz$y$P[P$`x_]:=P$`x*2;
     Lookup[one`y[P$`x_]]:=one`oz$y$P[P$`x];
@@ -13,7 +24,14 @@
     one`m;
     Protect[one`sy, one`sz];
     one`link:=Indirect[Indirect[one`k, "u"], "y"];
+    (* Instance body: one *)
+  
+
+  End[];
   Forms`two;
+  Begin["two`"];
+
+    DefineIndices[`indices,  { i } ];
     Format[two`c[i_]]:=("two["<>(ToString[i])<>"]")<>"`"<>ToString[two`c];
     Format[two`oz$y$P[i_][P$`x_]]:=(("two["<>(ToString[i])<>"]")<>ToString[two`oz$y$P])[P$`x];
     Format[two`y[i_][P$`x_]]:=(("two["<>(ToString[i])<>"]")<>ToString[two`y])[P$`x];
@@ -24,6 +42,8 @@
     Format[two`K`w[i_][P$`x_]]:=(("two["<>(ToString[i])<>"]")<>ToString[two`K`w])[P$`x];
     Format[two`m[i_]]:=("two["<>(ToString[i])<>"]")<>"`"<>ToString[two`m];
     Format[two`link[i_]]:=("two["<>(ToString[i])<>"]")<>"`"<>ToString[two`link];
+    two`this:=two;
+    (* Class: K *)
     two`c[i_]:=i;
     two`oz$y$P[i_][P$`x_]:=P$`x*i;
     Lookup[two`y[i_][P$`x_]]:=two`oz$y$P[i][P$`x];
@@ -38,3 +58,10 @@
     two`m[i];
     Protect[two`sy[i], two`sz[i]];
     two`link[i_]:=Indirect[Indirect[two`k[i], "u"], "y"];
+    (* Instance body: two *)
+  
+
+  End[]
+EndPackage[];
+
+If[! Or @@ ((# == "P$`")& /@ $ContextPath), AppendTo[$ContextPath, "P$`"]];
