@@ -345,19 +345,6 @@ def check_agreement(options):
 # ---- known values
 
 
-def norm_rest(n, low, mid, up, rhs, x):
-    """How far a solution of a system with three diagonals is from fulfilling it."""
-    rest = []
-    for i in range(n):
-        row = mid[i] * x[i] - rhs[i]
-        if i > 0:
-            row += low[i] * x[i - 1]
-        if i < n - 1:
-            row += up[i] * x[i + 1]
-        rest.append(abs(row))
-    return max(rest)
-
-
 def dot(a, b):
     return sum(p * q for p, q in zip(a, b))
 
@@ -366,21 +353,8 @@ def columns(m):
     return [list(c) for c in zip(*m)]
 
 
-# What the functions of the models are, in another way than the models say it.
+# What the functions of the models are, in another way than the models say it. For the examples examples/run-*.cc do that.
 FORMULAS = {
-    "numerics": {
-        "polynomial": lambda x, n, c: sum(c[k] * x**k for k in range(n)),
-        "polynomialSlope": lambda x, n, c: [sum(c[k] * x**k for k in range(n)),
-                                            sum(k * c[k] * x**(k - 1) for k in range(1, n))],
-        "commonDivisor": math.gcd,
-        "spaced": lambda a, b, n: [a + (b - a) * k / (n - 1) for k in range(n)],
-        "trapezoid": lambda n, y, h: h * sum((a + b) / 2 for a, b in zip(y, y[1:])),
-        "spread": lambda n, x: [min(x), max(x), sum(x) / n],
-        "applied": lambda m, n, a, x: [dot(row, x) for row in a],
-        "prime": lambda n: int(n in (2, 3, 5, 7, 11)),
-        "bilinear": lambda x, knee, soft, hard: soft * x if x < knee else soft * knee + hard * (x - knee),
-        "closed": lambda x: int(x > 0.012),
-    },
     "forms": {
         "nested": lambda a: (a + 1)**3,
         "product": lambda a, b: [[dot(r, c) for c in columns(b)] for r in a],
@@ -446,21 +420,6 @@ def check_formulas(program, model, signatures):
     return failures
 
 
-def check_solvers(program):
-    """Solutions of cases that are made so that they are known, or can be put in."""
-    n = 6
-    system = [[0.5, 0.3, -0.2, 0.4, 0.1, -0.3], [3.0, 4.0, 3.5, 5.0, 4.0, 3.0], [0.2, -0.4, 0.1, 0.6, -0.5, 0.2],
-              [1.0, 2.0, -1.0, 0.5, 3.0, -2.0]]
-    rest = norm_rest(n, *system, program.call("tridiagonal", n, *system))
-    places = [program.call("place", x, 4, [1.0, 2.0, 3.0, 5.0]) for x in (0.5, 1.0, 2.5, 7.0)]
-    line = program.call("straightLine", 4, [1.0, 2.0, 4.0, 7.0], [2.5, 2.0, 1.0, -0.5])
-    root = program.call("polynomialRoot", 1.0, 3, [-2.0, 0.0, 1.0])
-    failures = [] if rest < 1e-14 else ["tridiagonal: rest %g" % rest]
-    failures += [] if places == [0, 1, 2, 4] else ["place: %s" % places]
-    failures += [] if near(line, [3.0, -0.5]) else ["straightLine: %s" % line]
-    return failures + ([] if near(root, math.sqrt(2)) else ["polynomialRoot: %s" % root])
-
-
 def check_callback(options):
     """A function that asks the host, and one that calls an external function."""
     model = TESTS / "fortran" / "demo.oz"
@@ -493,7 +452,7 @@ def check_callback(options):
 def check_values(options):
     failures = check_callback(options)
     for name in FORMULAS:
-        model = TESTS.parent / "examples" / (name + ".oz") if name == "numerics" else TESTS / "fortran" / (name + ".oz")
+        model = TESTS / "fortran" / (name + ".oz")
         functions, variables = listed(model)
         with tempfile.TemporaryDirectory() as made:
             folder = pathlib.Path(made)
@@ -501,8 +460,6 @@ def check_values(options):
             program = fortran_program(folder, base, initial_values(model, variables), options)
             with ozlink.run([program], stdout=subprocess.DEVNULL) as link:
                 failures += check_formulas(link, name, parameters(folder, base))
-                if name == "numerics":
-                    failures += check_solvers(link)
                 link.message("terminate")
             if link.status:
                 failures.append("%s ends with status %d" % (name, link.status))
