@@ -43,41 +43,15 @@ module alif_library
   implicit none
 
   interface
-    function ALConnect(link) bind(c, name='ALConnect') result(done)
-      import c_ptr, c_int
-      type(c_ptr), value :: link
-      integer(c_int) :: done
-    end function
-    function ALWaitForLinkActivity(link) bind(c, name='ALWaitForLinkActivity') result(done)
-      import c_ptr, c_int
-      type(c_ptr), value :: link
-      integer(c_int) :: done
-    end function
-    function ALNextPacket(link) bind(c, name='ALNextPacket') result(done)
-      import c_ptr, c_int
-      type(c_ptr), value :: link
-      integer(c_int) :: done
-    end function
-    function ALNewPacket(link) bind(c, name='ALNewPacket') result(done)
-      import c_ptr, c_int
-      type(c_ptr), value :: link
-      integer(c_int) :: done
-    end function
-    function ALGetType(link) bind(c, name='ALGetType') result(done)
-      import c_ptr, c_int
-      type(c_ptr), value :: link
-      integer(c_int) :: done
-    end function
-    function ALEndPacket(link) bind(c, name='ALEndPacket') result(done)
-      import c_ptr, c_int
-      type(c_ptr), value :: link
-      integer(c_int) :: done
-    end function
-    function ALFlush(link) bind(c, name='ALFlush') result(done)
-      import c_ptr, c_int
-      type(c_ptr), value :: link
-      integer(c_int) :: done
-    end function
+#define OF_LINK(NAME) integer(c_int) function NAME(link) bind(c, name='NAME'); import; type(c_ptr), value :: link; end
+OF_LINK(ALConnect)
+OF_LINK(ALWaitForLinkActivity)
+OF_LINK(ALNextPacket)
+OF_LINK(ALNewPacket)
+OF_LINK(ALGetType)
+OF_LINK(ALEndPacket)
+OF_LINK(ALFlush)
+#undef OF_LINK
     function ALInitialize(parameters) bind(c, name='ALInitialize') result(env)
       import c_ptr
       type(c_ptr), value :: parameters
