@@ -1,5 +1,5 @@
-// A schedule for three workers, as a driver calls it: seven pendulums in a ring, each turned by its neighbours. Worker w
-// computes the elements w, w + 3, w + 6.
+// A schedule for three workers, as a driver calls it: seven pendulums in a ring, each turned by its neighbours. Worker
+// w computes the elements w, w + 3, w + 6.
 #include <cmath>
 #include <string>
 
