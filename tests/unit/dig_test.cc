@@ -349,7 +349,8 @@ TEST_F(DigKept, NamesOfTheModelInAText) {
     const char* text;
     const char* types;
     const char* messages;
-  } rows[] = {{"g[x, f[v], x]", "f = real; g = none; v = real[3]; x = real",
+  } rows[] = {{"oz$Type[M`z, oz$Real]", "", ""},  // M is no occurrence of M
+              {"g[x, f[v], x]", "f = real; g = none; v = real[3]; x = real",
                "   1,  1: Error       Undefined (variable) symbol: M`g\n"},
               {"a[oz$Type[z, oz$Real], 2]", "a = none", "   1,  1: Error       Undefined (variable) symbol: M`a\n"}};
   for (const auto& row : rows) {

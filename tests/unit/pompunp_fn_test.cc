@@ -212,6 +212,10 @@ TEST_F(PompFn, FunctionInAllFiles) {
        wrapper_of("f",
                   "     get_complex(x$);\n     double  zc_O1;\n     intN  zc_O2;\n     M_Tf( x$,zc_O1,zc_O2);\n"
                   "     ALPutFunction(stdlink,\"List\",2);\n     lmif_return(zc_O1);\n     lmif_return(zc_O2);\n")},
+      {"real array[_] f[real array[0] v_] := Module[{real array[_, 2] a}, v];", "f",
+       "doubleN M_Tf ( const doubleN &v)\n{\n    doubleNN a(0, 2);\n\n    return v;\n}\n\n",
+       "doubleN M_Tf ( const doubleN &);\n\n", tm_of("f", " v_List/;VectorQ[v,NumberQ]", " v"),
+       wrapper_of("f", "     get_lumenNdouble(v);\n     lmif_return(M_Tf( v));\n")},
       {"{} f[bool b_] := Null;", "f", "void M_Tf ( const int &b)\n{\n; \n}\n\n", "void M_Tf ( const int &);\n\n",
        tm_of("f", " b_Integer", " b"), wrapper_of("f", "     get_int(b);\n     M_Tf( b);\n     lmif_return();\n")},
       {"real f[String s_] := extern \"C++\";", "f", "double f ( const RWCString &s)\n;  /* EXTERNAL  C++ */\n\n",

@@ -25,7 +25,7 @@ struct Sheepconv : testing::Test {
     init_operator_name();
     begin();
   }
-  // Sizes 0 are written as in a declaration without sizes.
+  // Sizes 0 are written as in a declaration without sizes: 0 or _.
   static void begin() {
     Begintype();
     declare_types(
@@ -34,7 +34,8 @@ struct Sheepconv : testing::Test {
     for (const char* name : {"u", "p1", "p4", "p5"})
       for (tAsynt l = ArrayType_Dimensions(SymInfo_Type(info(name))); Asynt_Kind(l) == kExpression1;
            l = Expression1_Expressions(l))
-        if (IntConst_Val(Expression1_Expression(l)) == 0) Expression1_Expression(l) = mExactIntConst("0");
+        if (IntConst_Val(Expression1_Expression(l)) == 0)
+          Expression1_Expression(l) = name[1] == '1' ? mBlank(mEmpty()) : mExactIntConst("0");
     temp_no = 1;
   }
   static tAsynt info(const char* name) { return Symbol_SymInfo(typed_tree(name)); }
