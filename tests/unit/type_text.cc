@@ -8,9 +8,9 @@
 #include <cstring>
 #include <map>
 
+#include "ffparse.h"
 #include "index.h"
 #include "oz.h"
-#include "predef.h"
 
 namespace oz {
 namespace {
@@ -133,9 +133,7 @@ tAsynt info_of(const std::string& name, tAsynt type) {
 
 tAsynt read_symbol(const std::string& name) {
   if (name[0] == '%') {
-    static Index* heads = nullptr;
-    if (!heads) index_init_predefs(heads = make_index(hash_table, 1));
-    tAsynt* entries = lookup(heads, name.c_str() + 1);
+    tAsynt* entries = lookup(predefined_names(), name.c_str() + 1);
     if (!entries) fail(name.c_str());
     return mSymbol(entries[0]);
   }
