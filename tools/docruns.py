@@ -19,8 +19,8 @@ import sys
 import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-PAGES = ["README.md", "docs/language.md", "docs/cpp.md", "docs/fortran.md", "docs/runtime.md", "docs/link.md",
-         "docs/developing.md", "docs/schedules.md"]
+PAGES = ["README.md", "docs/language.md", "docs/cpp.md", "docs/external.md", "docs/fortran.md", "docs/runtime.md",
+         "docs/link.md", "docs/developing.md", "docs/schedules.md"]
 BLOCK = re.compile(r"^```console\n(.*?)^```$", re.MULTILINE | re.DOTALL)
 
 

@@ -67,7 +67,8 @@ pid_t child = 0;
 bool child_reported = false;
 int child_status = 0;
 std::map<std::string, Command> commands;
-std::string last_answer;
+std::map<std::string, Expr> replies;  // what evaluations of a function are answered with
+std::string last_answer;              // or what the last packet held
 Clock::time_point deadline;
 std::atomic<int> messages[8];
 
@@ -267,6 +268,13 @@ int packet_code(const Expr& e) {
   return found == kCodes.end() ? 0 : found->second;
 }
 
+// Answers the evaluation of a function that has a reply.
+void answer_evaluation(const Expr& e) {
+  if (e.type != ALFunctionToken) return;
+  const auto found = replies.find(e.parts[0].text);
+  if (found != replies.end()) send_packet(oz::make_function("ReturnPacket", {found->second}));
+}
+
 // One packet of the program. True for an answer, false for another packet.
 bool read_one() {
   start_time();
@@ -276,9 +284,10 @@ bool read_one() {
   report_messages();
   const int code = packet_code(e);
   if (code != 0) {
-    std::string inside;
-    for (size_t i = 1; i < e.parts.size(); i++) inside += " " + oz::expr_text(e.parts[i]);
-    say("packet " + std::to_string(code) + inside);
+    last_answer.clear();
+    for (size_t i = 1; i < e.parts.size(); i++) last_answer += (i > 1 ? " " : "") + oz::expr_text(e.parts[i]);
+    say("packet " + std::to_string(code) + (last_answer.empty() ? "" : " ") + last_answer);
+    if (code == ALEvaluatePacket && e.parts.size() == 2) answer_evaluation(e.parts[1]);
     return false;
   }
   last_answer = oz::expr_text(e);
@@ -422,6 +431,11 @@ void run_connected(const std::string& word, const std::string& rest) {
   if (word == "close" || word == "drop") return close_peer(word == "drop");
   std::vector<Expr> words = arguments_of(rest);
   if (word == "packet") return send_coded_packet(words);
+  if (word == "reply") {
+    if (words.size() != 2) wrong_line("reply needs a function and a value");
+    replies[words[0].text] = words[1];
+    return;
+  }
   if (word == "call") {
     if (words.empty()) wrong_line("call needs a number");
     const int number = std::atoi(words[0].text.c_str());

@@ -319,7 +319,7 @@ void remember_vardecl(tAsynt var) {
     return;
   }
   if (!deferred_decls) deferred_decls = make_index(hash_table, kKeptEntries);
-  UnparseWithoutDynBrackets(&strbuf, var);
+  UnparseWithoutDynBrackets(&strbuf, Asynt_IsType(var, kXSetDelayed) ? Binary_LHS(var) : var);
   create_entry(deferred_decls, var, strbuf.c_str());
 }
 

@@ -94,7 +94,7 @@ lumen::Array<T, N> read_array(const char* name) {
   lumen::Array<T, N> a(reader.shape);
   lumen::Index x[N] = {};
   for (const T& value : reader.values) {
-    a.data()[a.place(x)] = value;
+    a.elements()[a.place(x)] = value;
     lumen::Array<T, N>::next_listed(x, reader.shape.d, N);
   }
   return a;
@@ -128,7 +128,7 @@ void write_list(const lumen::Array<T, N>& a, lumen::Index* x, int level) {
     if (level < N - 1)
       write_list(a, x, level + 1);
     else
-      write(a.data()[a.place(x)]);
+      write(a.elements()[a.place(x)]);
   }
 }
 
@@ -137,7 +137,7 @@ void write(const lumen::Array<T, N>& a) {
   lumen::Index x[N] = {};
   write_list(a, x, 0);
 }
-void write(const doubleN& v) { ALPutReal64List(stdlink, v.data(), static_cast<size_t>(v.size())); }
+void write(const doubleN& v) { ALPutReal64List(stdlink, v.elements(), static_cast<size_t>(v.size())); }
 
 }  // namespace
 
