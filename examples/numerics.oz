@@ -137,8 +137,8 @@ int randomInteger[int low_, int high_] := extern "C++";
 real bessel[int order_, real x_] := externinfo "sp" "Special`" "C" function(Input order, Input x);
 {real, real} polar[real x_, real y_] :=
   externinfo "geo" "Geometry`" "Fortran" procedure(Input x, Input y, Output radius, Output angle);
-real array[n] sorted[int n_, real array[n] x_] :=
-  externinfo "lib" "Library`" "C" procedure(size = dim(x, 1), Input x, Output result(size));
+{real array[n], int} sorted[int n_, real array[n] x_] :=
+  externinfo "lib" "Library`" "C" procedure(size = dim(x, 1), Input x, Output result(size), Output exchanges);
 
 (* A spring that follows the law above; its functions are methods of the object. *)
 class Spring(knee, soft, hard)

@@ -11,6 +11,14 @@ extern "C" void geopolar_(double* x, double* y, double* radius, double* angle) {
   *radius = std::hypot(*x, *y);
   *angle = std::atan2(*y, *x);
 }
+extern "C" void libsorted(int size, double* x, double* result, int* exchanges) {
+  *exchanges = 0;
+  for (int i = 0; i < size; i++) {
+    int k = i;
+    for (; k > 0 && result[k - 1] > x[i]; k--, ++*exchanges) result[k] = result[k - 1];
+    result[k] = x[i];
+  }
+}
 #include "numerics.icc"
 
 namespace {
@@ -100,6 +108,11 @@ void other_languages() {
   geopolar_ftn(3, 4, radius, angle);
   check("radius of (3, 4)", radius, 5);
   check("its angle", angle, 0.9272952180016122);
+  doubleN ordered;
+  int exchanges;
+  libsorted_c(3, make_lumenN(3, 2.5, 1.5, -1.0), ordered, exchanges);
+  check("the least of three numbers", ordered(1), -1);
+  check("exchanges that sort them", exchanges, 3);
 }
 
 }  // namespace

@@ -58,20 +58,25 @@ bool expect(ALINK link, int wanted) {
   return true;
 }
 
+// Moves over one chunk of a string, which may have `room` bytes at most; its length, and whether another one follows.
+bool walk_chunk(ALINK link, size_t room, size_t* length, bool* more) {
+  if (!need(link, 4)) return false;
+  const auto head = value_at<uint32_t>(here(link));
+  *length = head & ~kMoreChunks;
+  *more = (head & kMoreChunks) != 0;
+  if (*length > kMaxChunk) return stream_failure(link, ALErrorStream) != 0;
+  if (*length > room) return stream_failure(link, ALErrorLimit) != 0;
+  if (!need(link, 4 + *length)) return false;
+  link->in.position += 4 + *length;
+  return true;
+}
+
 // Moves over a string's chunks, the first of which begins at the position; its length.
 bool walk_chunks(ALINK link, size_t* length) {
   *length = 0;
-  for (bool more = true; more;) {
-    if (!need(link, 4)) return false;
-    const auto head = value_at<uint32_t>(here(link));
-    const size_t n = head & ~kMoreChunks;
-    more = (head & kMoreChunks) != 0;
-    if (n > kMaxChunk) return stream_failure(link, ALErrorStream) != 0;
-    *length += n;
-    if (*length > max_string()) return stream_failure(link, ALErrorLimit) != 0;
-    if (!need(link, 4 + n)) return false;
-    link->in.position += 4 + n;
-  }
+  size_t n = 0;
+  for (bool more = true; more; *length += n)
+    if (!walk_chunk(link, max_string() - *length, &n, &more)) return false;
   return true;
 }
 
@@ -148,14 +153,9 @@ bool read_digits(ALINK link, std::string_view* digits) {
 
 // Moves over the chunks without keeping them.
 bool skip_chunks(ALINK link) {
+  size_t n = 0;
   for (bool more = true; more;) {
-    if (!need(link, 4)) return false;
-    const auto head = value_at<uint32_t>(here(link));
-    const size_t n = head & ~kMoreChunks;
-    more = (head & kMoreChunks) != 0;
-    if (n > kMaxChunk) return stream_failure(link, ALErrorStream) != 0;
-    if (!need(link, 4 + n)) return false;
-    link->in.position += 4 + n;
+    if (!walk_chunk(link, kMaxChunk, &n, &more)) return false;
     link->in.packet_size += link->in.position - link->in.mark;
     link->in.mark = link->in.position;
   }

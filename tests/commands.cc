@@ -1,12 +1,15 @@
-// Runs link commands without a link: one command a line on standard input, each answer on standard output.
+// Runs link commands without a link: one command a line on standard input. An answer other than "OK" goes to standard
+// output, behind the command.
 //
 //   compile MODEL ERRFILE [OPTION...]     open LANGUAGE FILE PARALLEL     close
-//   variable NAME     function NAME GENMODE     evaluate NAME GENMODE BODY
+//   variable [NAME...]     function NAME... [GENMODE]     evaluate NAME GENMODE BODY
 //
-// A name stands as the host would hold it: NAME is sent as Hold[NAME].
+// A name stands as the host would hold it: NAME is sent as Hold[NAME], and no name, which asks for all variables, as
+// Hold[]. Several names are as many commands. Without a number GENMODE is 0.
 #include <iostream>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "al_cmds.h"
 
@@ -18,18 +21,32 @@ std::string word(std::istream& line) {
   return w;
 }
 
-std::string held(std::istream& line) { return "Hold[" + word(line) + "]"; }
+std::string held(const std::string& name) { return "Hold[" + name + "]"; }
 
-int number(std::istream& line) {
-  int n = 0;
-  line >> n;
-  return n;
-}
+bool is_number(const std::string& w) { return !w.empty() && w.find_first_not_of("0123456789") == std::string::npos; }
 
 std::string rest(std::istream& line) {
   std::string text;
   std::getline(line >> std::ws, text);
   return text;
+}
+
+void tell(const std::string& command, const std::string& answer) {
+  if (answer != "OK") std::cout << command << "\n  " << answer << std::endl;
+}
+
+void generate(const std::string& command, std::istream& line) {
+  std::vector<std::string> names;
+  int genmode = 0;
+  for (std::string w; line >> w;)
+    if (is_number(w))
+      genmode = std::stoi(w);
+    else
+      names.push_back(w);
+  if (names.empty()) names.emplace_back();
+  for (const std::string& name : names)
+    tell(command + " " + name, command == "variable" ? oz::al_generate_variable(held(name).c_str())
+                                                     : oz::al_generate_function(held(name).c_str(), genmode));
 }
 
 std::string run(const std::string& command, std::istream& line) {
@@ -43,11 +60,11 @@ std::string run(const std::string& command, std::istream& line) {
     return oz::al_open_file(lang.c_str(), file.c_str(), parallel.c_str());
   }
   if (command == "close") return oz::al_close_file();
-  const std::string name = held(line);
-  if (command == "variable") return oz::al_generate_variable(name.c_str());
-  const int genmode = number(line);
-  if (command == "function") return oz::al_generate_function(name.c_str(), genmode);
-  if (command == "evaluate") return oz::al_generate_evaluate_function(name.c_str(), rest(line).c_str(), genmode);
+  if (command == "evaluate") {
+    const std::string name = held(word(line));
+    const int genmode = std::stoi(word(line));
+    return oz::al_generate_evaluate_function(name.c_str(), rest(line).c_str(), genmode);
+  }
   return "unknown command";
 }
 
@@ -58,8 +75,10 @@ int main() {
     std::istringstream line(text);
     const std::string command = word(line);
     if (command.empty()) continue;
-    std::cout << text << "\n  " << std::flush;
-    std::cout << run(command, line) << std::endl;
+    if (command == "variable" || command == "function")
+      generate(command, line);
+    else
+      tell(text, run(command, line));
   }
   return 0;
 }

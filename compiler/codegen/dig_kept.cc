@@ -98,7 +98,9 @@ namespace {
 
 std::vector<tAsynt> untyped;  // what the walk found
 
+// The path of a name is no occurrence of the names in it.
 char CollectExternalFuncTypes(tAsynt* t) {
+  if (Asynt_Kind(*t) == kAbsoluteSymbol) return 0;
   if (Asynt_Kind(*t) != kSymbol) return 1;
   if (Asynt_Kind(Symbol_SymInfo(*t)) == kAbsoluteSymbol && !IsTyped(*t)) untyped.push_back(*t);
   return 1;

@@ -7,7 +7,7 @@
 
 #include "ozerrors.h"
 #include "pompout.h"
-#include "pompunp.h"
+#include "pompunp_parts.h"
 #include "type.h"
 
 namespace oz {
@@ -50,9 +50,9 @@ void output_array_suffix(tAsynt typ) {
   cpoutput(std::string(static_cast<size_t>(rank), 'N') + element);
 }
 
+// The index of an instance set and "_" are sizes that are not known here.
 void output_dimension(tAsynt size) {
-  const bool set_index = Asynt_Kind(size) == kIntConst && IntConst_Val(size) == -1;
-  if (set_index)
+  if (CPis_blank(size) || (Asynt_Kind(size) == kIntConst && IntConst_Val(size) == -1))
     cpoutput_int(0);
   else
     CPunparseVal(size);

@@ -497,34 +497,6 @@ bool write_value(tAsynt t, tAsynt typ) {
     case kXCompoundExpression: return write_compound(t);
     case kXInequality: return CPunparse_ineq(XInequality_Expressions(t));
 
-    case kCUnary:
-    case kXSin:
-    case kXArcSin:
-    case kXSinh:
-    case kXArcSinh:
-    case kXCos:
-    case kXArcCos:
-    case kXCosh:
-    case kXArcCosh:
-    case kXTan:
-    case kXArcTan:
-    case kXTanh:
-    case kXArcTanh:
-    case kXExp:
-    case kXLog:
-    case kXSqrt:
-    case kXAbs:
-    case kXFloor:
-    case kXCeiling:
-    case kXRound:
-    case kXTranspose:
-    case kXGenCodeString:
-    case kXSort:
-    case kXMean:
-    case kXVariance:
-    case kXTotal:
-    case kXMedian:
-    case kXStandardDeviation: return write_function(t, CUnary_Arg(t));
     case kXCot: return CPwrite_call("1/tan(", CUnary_Arg(t));
     case kXCoth: return CPwrite_call("1/tanh(", CUnary_Arg(t));
     case kXSec: return CPwrite_call("1/cos(", CUnary_Arg(t));
@@ -589,7 +561,7 @@ bool write_value(tAsynt t, tAsynt typ) {
 
     case kXStringJoin: die_msg("StringJoin not supported");
     case kXStringTake: die_msg("StringTake not supported");
-    default: return CPunparse_array_operation(t);
+    default: return Asynt_IsType(t, kCUnary) ? write_function(t, CUnary_Arg(t)) : CPunparse_array_operation(t);
   }
 }
 

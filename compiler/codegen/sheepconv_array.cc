@@ -28,7 +28,9 @@ namespace {
 bool found_first_occurence = false;  // the first assignment has been rewritten; later ones are left alone
 tAsynt looking_for = nullptr;        // the symbol information of the array whose first assignment is wanted
 
+// 0, or the "_" of a declaration.
 bool is_unknown_size(tAsynt size) {
+  if (Asynt_Kind(size) == kBlank) return Asynt_Kind(Blank_Head(size)) == kEmpty;
   return Asynt_Kind(size) == kExactIntConst && std::strcmp(ExactIntConst_Val(size), "0") == 0;
 }
 

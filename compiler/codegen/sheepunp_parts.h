@@ -17,6 +17,9 @@ inline bool Is_cell(const Asynt_Node* list) { return Asynt_Kind(list) == kExpres
 
 // ---- expressions (sheepunp_value.cc, sheepunp_value_part.cc)
 
+// Fatal: the node is not what the place asks for, "An expression" or "A statement".
+[[noreturn]] void Refuse_form(tAsynt t, const char* expected, const char* passed);
+
 // The name that is called: a Symbol, or an application that is an element of an instance set.
 void Funparse_called_name(tAsynt name);
 

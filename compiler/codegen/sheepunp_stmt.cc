@@ -45,12 +45,7 @@ bool Functionsp(tAsynt body) {
 
 namespace {
 
-[[noreturn]] void no_statement(tAsynt t) {
-  die_msg(
-      "sheepunp: NEW BEHAVIOUR: A statement expected in a place where a single expression is passed.  "
-      "Can't perform FunparseStmt to unparse node type: %s, CODE: %s",
-      Asynt_NodeName(Asynt_Kind(t)), t ? unparse_string(t) : "");
-}
+[[noreturn]] void no_statement(tAsynt t) { Refuse_form(t, "A statement", "single expression"); }
 
 // ---- lines
 

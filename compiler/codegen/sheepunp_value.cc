@@ -92,14 +92,16 @@ void Funparse_exprs(tAsynt list, const char* sep) {
   }
 }
 
+void Refuse_form(tAsynt t, const char* expected, const char* passed) {
+  die_msg(
+      "sheepunp: NEW BEHAVIOUR: %s expected in a place where a %s is passed.  "
+      "Can't perform FunparseStmt to unparse node type: %s, CODE: %s",
+      expected, passed, Asynt_NodeName(Asynt_Kind(t)), t ? unparse_string(t) : "");
+}
+
 namespace {
 
-[[noreturn]] void no_expression(tAsynt t) {
-  die_msg(
-      "sheepunp: NEW BEHAVIOUR: An expression expected in a place where a statement is passed.  "
-      "Can't perform FunparseStmt to unparse node type: %s, CODE: %s",
-      Asynt_NodeName(Asynt_Kind(t)), t ? unparse_string(t) : "");
-}
+[[noreturn]] void no_expression(tAsynt t) { Refuse_form(t, "An expression", "statement"); }
 
 // ---- forms
 

@@ -95,58 +95,21 @@ void verror(int error_class, tPosition pos, const char* fstr, va_list ap) {
 
 }  // namespace
 
-void die_msg(const char* fstr, ...) {
-  va_list ap;
-  va_start(ap, fstr);
-  vdie(NoPosition, fstr, ap);
-}
+// Hands the arguments behind fstr to verror or vdie.
+#define PASS_ON(report) \
+  va_list ap;           \
+  va_start(ap, fstr);   \
+  report;               \
+  va_end(ap)
 
-void die_msg_pos(unsigned l, unsigned c, const char* fstr, ...) {
-  va_list ap;
-  va_start(ap, fstr);
-  vdie({l, c}, fstr, ap);
-}
-
-void die_msg_pos2(tPosition pos, const char* fstr, ...) {
-  va_list ap;
-  va_start(ap, fstr);
-  vdie(pos, fstr, ap);
-}
-
-void error_msg(const char* fstr, ...) {
-  va_list ap;
-  va_start(ap, fstr);
-  verror(xxError, NoPosition, fstr, ap);
-  va_end(ap);
-}
-
-void error_msg_pos(unsigned l, unsigned c, const char* fstr, ...) {
-  va_list ap;
-  va_start(ap, fstr);
-  verror(xxError, {l, c}, fstr, ap);
-  va_end(ap);
-}
-
-void error_msg_pos2(tPosition pos, const char* fstr, ...) {
-  va_list ap;
-  va_start(ap, fstr);
-  verror(xxError, pos, fstr, ap);
-  va_end(ap);
-}
-
-void warning_msg(const char* fstr, ...) {
-  va_list ap;
-  va_start(ap, fstr);
-  verror(xxWarning, NoPosition, fstr, ap);
-  va_end(ap);
-}
-
-void warning_msg_pos2(tPosition pos, const char* fstr, ...) {
-  va_list ap;
-  va_start(ap, fstr);
-  verror(xxWarning, pos, fstr, ap);
-  va_end(ap);
-}
+void die_msg(const char* fstr, ...) { PASS_ON(vdie(NoPosition, fstr, ap)); }
+void die_msg_pos(unsigned l, unsigned c, const char* fstr, ...) { PASS_ON(vdie({l, c}, fstr, ap)); }
+void die_msg_pos2(tPosition pos, const char* fstr, ...) { PASS_ON(vdie(pos, fstr, ap)); }
+void error_msg(const char* fstr, ...) { PASS_ON(verror(xxError, NoPosition, fstr, ap)); }
+void error_msg_pos(unsigned l, unsigned c, const char* fstr, ...) { PASS_ON(verror(xxError, {l, c}, fstr, ap)); }
+void error_msg_pos2(tPosition pos, const char* fstr, ...) { PASS_ON(verror(xxError, pos, fstr, ap)); }
+void warning_msg(const char* fstr, ...) { PASS_ON(verror(xxWarning, NoPosition, fstr, ap)); }
+void warning_msg_pos2(tPosition pos, const char* fstr, ...) { PASS_ON(verror(xxWarning, pos, fstr, ap)); }
 
 void title_msg(const char* fstr, ...) {
   std::string().swap(title);

@@ -53,6 +53,26 @@ constexpr char kDot[] = ".";
 void Unparse(tAsynt t);
 void Unparse_expr(tAsynt t);
 
+// ---- texts
+
+// Most texts are names of a few characters: they are copied as they are read.
+void Unparse_text(string s) {
+  if (!s) return;
+  constexpr size_t kShort = 15;
+  if (up.watch || static_cast<size_t>(up.end - up.at) < kShort) [[unlikely]]
+    return upout(s);
+  char* const start = up.at;
+  for (size_t i = 0; i < kShort; i++) {
+    if (s[i] == '\0') {
+      if (i > 0 && s[i - 1] == '\n') return upout(s);
+      up.at = start + i;
+      return;
+    }
+    start[i] = s[i];
+  }
+  upout(s);
+}
+
 // ---- lists
 
 // The two kinds of node that the lists of the printed forms are made of.
@@ -161,7 +181,7 @@ void Unparse_pri(int parent, tAsynt t) {
 
 // The spelling of an operator; its operand is kept apart if it would run together with it.
 void Unparse_operator(Asynt_tKind kind) {
-  upout(operator_name[kind]);
+  Unparse_text(operator_name[kind]);
   if (kClashes[kind]) upout_guard(kClashes[kind]);
 }
 
@@ -235,7 +255,7 @@ void Unparse_derivative(tAsynt t) {
 }
 
 void Unparse_headed(tAsynt t, tAsynt left, tAsynt right) {
-  upout(operator_name[Asynt_Kind(t)]);
+  Unparse_text(operator_name[Asynt_Kind(t)]);
   upout(" [ ");
   Unparse(left);
   upout(" , ");
@@ -258,7 +278,7 @@ void Unparse_inequality(tAsynt exprs, tAsynt parent) {
     if (!is_cell(at)) return;
     if (!Asynt_IsType(head(at), kVariadic)) bad_inequality(exprs);
     upout(" ");
-    upout(operator_name[Asynt_Kind(head(at))]);
+    Unparse_text(operator_name[Asynt_Kind(head(at))]);
     upout(" ");
     at = tail(at);
   }
@@ -288,14 +308,14 @@ void Unparse_simple_call(tAsynt t) {
 }
 
 void Unparse_function1(tAsynt t) {
-  upout(operator_name[Asynt_Kind(t)]);
+  Unparse_text(operator_name[Asynt_Kind(t)]);
   upout("[");
   Unparse(CUnary_Arg(t));
   upout("]");
 }
 
 void Unparse_function2(tAsynt t) {
-  upout(operator_name[Asynt_Kind(t)]);
+  Unparse_text(operator_name[Asynt_Kind(t)]);
   upout("[");
   Unparse(CBinary_Arg1(t));
   upout(",");
@@ -304,10 +324,6 @@ void Unparse_function2(tAsynt t) {
 }
 
 // ---- constants
-
-void Unparse_text(string s) {
-  if (s) upout(s);
-}
 
 // In quotes, which the language has no way to escape. One piece: a text that ends a line is not at its start.
 void Unparse_string(string s) {

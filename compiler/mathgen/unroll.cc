@@ -335,7 +335,7 @@ Chain Capsules2Copy(tAsynt capsules, const Actuals& actuals) {
     order.push_back(is_context ? cell : Chain());
     if (!is_context) plain = join(plain, cell);
   }
-  tAsynt copies = CopyAsynt(finish(plain));
+  tAsynt copies = CopyAsyntQuickly(finish(plain));
   Chain result;
   for (const Chain& context : order) result = join(result, context.first ? context : take_cell(&copies));
   return result;

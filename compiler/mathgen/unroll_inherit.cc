@@ -135,7 +135,7 @@ class Substitution {
           return;
         default: break;
       }
-      const TreeKind& k = Asynt_Schema.kinds[t->yyKind];
+      const TreeShape& k = Asynt_Shapes[t->yyKind];
       if (k.child_count == 0 || !entered_.enter(t)) return;
       for (int i = 0; i + 1 < k.child_count; i++) FormalSubst(&tree_raw_slot<tAsynt>(t, k.children[i]), left);
       place = &tree_raw_slot<tAsynt>(t, k.children[k.child_count - 1]);
@@ -206,7 +206,7 @@ class Height {
     const tAsynt start = t;
     int below = 0;
     while (entered_.enter(t)) {
-      const TreeKind& k = Asynt_Schema.kinds[t->yyKind];
+      const TreeShape& k = Asynt_Shapes[t->yyKind];
       if (k.child_count == 0) break;
       for (int i = 0; i + 1 < k.child_count; i++) below = std::max(below, of(tree_raw_slot<tAsynt>(t, k.children[i])));
       const tAsynt last = tree_raw_slot<tAsynt>(t, k.children[k.child_count - 1]);
@@ -395,19 +395,20 @@ void This2Current(tAsynt* t, tAsynt context) {
 }
 
 void TakeOwn(tAsynt* t, tAsynt context) {
-  std::unordered_map<tAsynt, tAsynt> own;
+  Replacements own;
   walk_places(t, [&own, context](tAsynt* place) {
     if (Asynt_Kind(*place) != kSimpleSymbol) return current_place(place, context);
     tAsynt type = SymInfo_Type(*place);
     const bool changes = Asynt_IsType(type, kBasicType) ? current_index_string != nullptr : Asynt_Kind(type) != kNoType;
     if (!changes) return false;
-    tAsynt& info = own[*place];
-    if (!info) info = mSimpleSymbol(type, SymInfo_Pos(*place), NamedSymbol_Name(*place));
+    tAsynt info = own.of(*place);
+    if (!info) info = own.note(*place, mSimpleSymbol(type, SymInfo_Pos(*place), NamedSymbol_Name(*place)));
     *place = info;
     return false;
   });
   // Behind the walk, since copying needs the marks.
-  for (const auto& [shared, info] : own) SymInfo_Type(info) = CopyAsynt(SymInfo_Type(shared));
+  own.forget_marks();
+  for (const auto& [shared, info] : own.all) SymInfo_Type(info) = CopyAsynt(SymInfo_Type(shared));
 }
 
 // The classes on the way to an ancestor are kept on a list: a chain of classes may be long.

@@ -53,7 +53,7 @@ bool is_function_local(tAsynt info) {
 struct AbsolutizeVisit {
   tAsynt context;
   SymbolLog* log;
-  std::unordered_map<tAsynt, tAsynt>* made;
+  Replacements* made;
   PlaceWalk<AbsolutizeVisit>* walk;
   int in_auxiliary = 0;
 
@@ -69,9 +69,8 @@ struct AbsolutizeVisit {
 
   tAsynt absolute_simple(tAsynt info) const {
     if (in_auxiliary) return absolute(info, mExpression0());
-    tAsynt& known = (*made)[info];
-    if (!known) known = absolute(info, mExpression0());
-    return known;
+    if (tAsynt known = made->of(info)) return known;
+    return made->note(info, absolute(info, mExpression0()));
   }
 
   // The names in a path are those of other objects and stay; the arguments of its indexed components are walked.
@@ -178,12 +177,33 @@ class NameSharing {
   // The number of the entry of an information met for the first time.
   uint32_t enter(tAsynt info) {
     if (is_function_local(info)) return kLocal;
-    const auto [place, fresh] = by_text_.try_emplace(unparse_string(info), static_cast<uint32_t>(entries_.size() + 1));
-    if (fresh)
+    const std::string_view text = text_of(info);
+    const auto place = by_text_.find(text);
+    if (place == by_text_.end()) {
       entries_.push_back(info);
-    else if (Asynt_Kind(SymInfo_Type(info)) != kNoType)
-      entries_[place->second - 1] = info;
+      const uint32_t number = static_cast<uint32_t>(entries_.size());
+      by_text_.emplace(texts_.emplace_back(text), number);
+      return number;
+    }
+    if (Asynt_Kind(SymInfo_Type(info)) != kNoType) entries_[place->second - 1] = info;
     return place->second;
+  }
+
+  // The printed text of an information, good until the next call. Most are names of one context.
+  std::string_view text_of(tAsynt info) {
+    if (Asynt_Kind(info) != kAbsoluteSymbol || !NamedSymbol_Name(info)) return unparse_string(info);
+    tAsynt components = AbsoluteSymbol_Components(info);
+    if (Asynt_Kind(components) != kExpression1) return unparse_string(info);
+    tAsynt context = Expression1_Expression(components);
+    if (Asynt_Kind(context) != kSymbol || Asynt_Kind(Expression1_Expressions(components)) != kExpression0)
+      return unparse_string(info);
+    if (context != context_) {
+      context_ = context;
+      text_ = unparse_string(context);
+      context_size_ = (text_ += '`').size();
+    }
+    text_.resize(context_size_);
+    return text_ += NamedSymbol_Name(info);
   }
 
   void CollectSymis(const SymbolLog* log) {
@@ -221,7 +241,11 @@ class NameSharing {
 
   std::vector<tAsynt> entries_{};
   std::vector<tAsynt> infos_{};
-  std::unordered_map<std::string, uint32_t> by_text_{};
+  std::deque<std::string> texts_{};
+  std::unordered_map<std::string_view, uint32_t> by_text_{};
+  tAsynt context_ = nullptr;  // whose text text_ begins with
+  std::string text_{};
+  size_t context_size_ = 0;
 };
 
 // ---- paths with indices
@@ -324,7 +348,7 @@ SymbolLog* new_symbol_log() { return &logs.emplace_back(); }
 void keep_symbol_log(tAsynt context, SymbolLog* log) { log_of[context] = log; }
 
 void Absolutize(tAsynt* t, tAsynt context, SymbolLog* log) {
-  std::unordered_map<tAsynt, tAsynt> made;
+  Replacements made;
   PlaceWalk<AbsolutizeVisit> walk{{context, log, &made, nullptr}};
   walk.visit.walk = &walk;
   walk.walk(t);

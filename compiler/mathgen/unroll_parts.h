@@ -54,6 +54,30 @@ struct Entered {
   }
 };
 
+// What has come in the place of nodes that the walks at work do not enter: the mark of such a node is the number of its
+// replacement, from 1. The marks are 0 again at the end.
+struct Replacements {
+  struct Replaced {
+    tAsynt before;
+    tAsynt after;
+  };
+  std::vector<Replaced> all{};
+  Replacements() = default;
+  Replacements(const Replacements&) = delete;
+  Replacements& operator=(const Replacements&) = delete;
+  ~Replacements() { forget_marks(); }
+  // Null if there is none.
+  tAsynt of(tAsynt t) const { return t->yyMark == 0 ? nullptr : all[t->yyMark - 1].after; }
+  tAsynt note(tAsynt before, tAsynt after) {
+    all.push_back({before, after});
+    before->yyMark = static_cast<uint32_t>(all.size());
+    return after;
+  }
+  void forget_marks() const {
+    for (const Replaced& r : all) r.before->yyMark = 0;
+  }
+};
+
 template <typename Visit>
 struct PlaceWalk {
   Visit visit;
@@ -63,7 +87,7 @@ struct PlaceWalk {
     for (;;) {
       if (!*place || !visit(place)) return;
       tAsynt t = *place;
-      const TreeKind& k = Asynt_Schema.kinds[t->yyKind];
+      const TreeShape& k = Asynt_Shapes[t->yyKind];
       if (k.child_count == 0 || !entered.enter(t)) return;
       for (int i = 0; i + 1 < k.child_count; i++) walk(&tree_raw_slot<tAsynt>(t, k.children[i]));
       place = &tree_raw_slot<tAsynt>(t, k.children[k.child_count - 1]);

@@ -3,6 +3,7 @@
 #include "Asynt.h"
 
 #include <cstdlib>
+#include <iterator>
 #include <vector>
 
 #include "Memory.h"
@@ -77,10 +78,10 @@ void CloseAsynt() {}
 
 namespace {
 
-// A tree is small if it has at most a node per so many bytes of all nodes: about an eighth of them.
-constexpr unsigned long kBytesPerStep = 8UL * 24;
+// A tree is small if it has at most a node per so many bytes of all nodes: a few in a hundred.
+constexpr unsigned long kBytesPerStep = 64UL * 24;
 
-TreeKit<Asynt_Node> kit{Asynt_Schema, alloc_for_copy};
+TreeKit<Asynt_Node, alloc_for_copy, Asynt_Shapes> kit{Asynt_Schema};
 
 // ---- numbers of walks
 
@@ -113,7 +114,7 @@ bool all_nodes_are_good() { return false; }
 // What the scan of the pools needs of a kind: the node's size, where its first children are and what they may be. A
 // kind with more children, left to the kit, has no size here.
 constexpr int kScanned = 3;
-struct ScannedKind {
+struct alignas(32) ScannedKind {
   uint16_t size;
   uint8_t child_count;
   uint8_t offset[kScanned];
@@ -125,6 +126,8 @@ ScannedKind scanned_kind(const TreeKind& k) {
   if (k.child_count > kScanned) return s;
   s.size = static_cast<uint16_t>(tree_node_size(k));
   s.child_count = k.child_count;
+  if (k.child_count > 0)
+    for (int i = 0; i < kScanned; i++) s.offset[i] = static_cast<uint8_t>(sizeof(TreeNode) + size_t{8} * k.children[0]);
   for (int i = 0; i < k.child_count; i++) {
     s.offset[i] = static_cast<uint8_t>(sizeof(TreeNode) + size_t{8} * k.children[i]);
     s.range[i] = k.first_kind[i] | static_cast<uint32_t>(k.last_kind[i] - k.first_kind[i]) << 16;
@@ -147,46 +150,78 @@ struct PendingChildren {
     const TreeNode* node;
     uint32_t range;
   };
-  Child waiting[kBatch + kScanned];
+  Child waiting[kBatch + 8 * kScanned];
   size_t count = 0;
-  bool good = true;
 
   // Which kind follows which is hard to foresee: the children of a node are noted without a branch on their number.
-  void add(const char* node, const ScannedKind& k) {
+  static size_t add(Child* at, const char* node, const ScannedKind& k) {
     for (int i = 0; i < kScanned; i++) {
       const TreeNode* c = *reinterpret_cast<const TreeNode* const*>(node + k.offset[i]);
       __builtin_prefetch(c);
-      waiting[count + static_cast<size_t>(i)] = {c, k.range[i]};
+      at[i] = {c, k.range[i]};
     }
-    count += k.child_count;
-    if (count >= kBatch) look();
+    return k.child_count;
   }
-  void look() {
+
+  // Looks at those that wait; whether all are good.
+  bool look() {
     static const TreeNode absent{0xffff, 0, 0};
+    bool good = true;
     for (size_t i = 0; i < count; i++) {
       const TreeNode* c = waiting[i].node ? waiting[i].node : &absent;
       good &= static_cast<uint16_t>(c->yyKind - waiting[i].range) <= waiting[i].range >> 16;
     }
     count = 0;
+    return good;
   }
 };
 
-bool pool_is_good(const char* p, const char* end, PendingChildren* children) {
+// A node that the table of scanned kinds does not describe.
+bool odd_node_is_good(const char** p) {
+  const tAsynt t = reinterpret_cast<tAsynt>(const_cast<char*>(*p));
+  if (!kit.known(t)) return false;
+  *p += tree_node_size(kit.kind_of(t));
+  return kit.node_is_good(t);
+}
+
+// The part of a pool that is still to be read.
+struct PoolRest {
+  const char* p = nullptr;
+  const char* end = nullptr;
+};
+
+// Reads pools side by side until one is at its end. Where a node begins is known when the one before it has been looked
+// at, so that a pool alone keeps the processor waiting.
+template <size_t kPools>
+bool nodes_are_good(PoolRest* pools, PendingChildren* children) {
   const ScannedKind* const kinds = scanned_kinds();
-  while (p < end && children->good) {
-    const unsigned kind = reinterpret_cast<const TreeNode*>(p)->yyKind;
-    if (kind >= kAsyntKinds) return false;
-    const ScannedKind& k = kinds[kind];
-    if (k.size == 0) [[unlikely]] {
-      const tAsynt t = reinterpret_cast<tAsynt>(const_cast<char*>(p));
-      if (!kit.node_is_good(t)) return false;
-      p += tree_node_size(kit.kind_of(t));
-      continue;
+  const char* p[kPools];
+  for (size_t i = 0; i < kPools; i++) p[i] = pools[i].p;
+  const auto all_have_nodes = [&] {
+    bool all = true;
+    for (size_t i = 0; i < kPools; i++) all &= p[i] < pools[i].end;
+    return all;
+  };
+  size_t count = children->count;
+  while (all_have_nodes()) {
+#pragma GCC unroll 4
+    for (size_t i = 0; i < kPools; i++) {
+      const unsigned kind = reinterpret_cast<const TreeNode*>(p[i])->yyKind;
+      if (kind >= kAsyntKinds || kinds[kind].size == 0) [[unlikely]] {
+        if (!odd_node_is_good(&p[i])) return false;
+        continue;
+      }
+      count += PendingChildren::add(children->waiting + count, p[i], kinds[kind]);
+      p[i] += kinds[kind].size;
     }
-    children->add(p, k);
-    p += k.size;
+    if (count < PendingChildren::kBatch) continue;
+    children->count = count;
+    if (!children->look()) return false;
+    count = 0;
   }
-  return children->good;
+  children->count = count;
+  for (size_t i = 0; i < kPools; i++) pools[i].p = p[i];
+  return true;
 }
 
 // Whether every node in the pools is well-formed, reachable or not. The pools are read front to back, which is many
@@ -196,19 +231,22 @@ bool all_nodes_are_good() {
   if (!yyBlockList) return true;
   tail_of(yyBlockList)->end = Asynt_PoolFreePtr;
   PendingChildren children;
-  std::vector<char*> pools;
-  for (char* pool = yyBlockList; pool; pool = tail_of(pool)->previous) pools.push_back(pool);
-  for (size_t i = pools.size(); i-- > 0;)
-    if (char* pool = pools[i]; true)
-      if (!pool_is_good(pool, tail_of(pool)->end, &children)) return false;
-  children.look();
-  return children.good;
+  for (char* pool = yyBlockList; pool;) {
+    PoolRest four[4];
+    for (size_t i = 0; i < std::size(four) && pool; pool = tail_of(pool)->previous)
+      four[i++] = {pool, tail_of(pool)->end};
+    if (!nodes_are_good<4>(four, &children)) return false;
+    for (PoolRest& rest : four)
+      if (!nodes_are_good<1>(&rest, &children)) return false;
+  }
+  return children.look();
 }
 #endif
 
 }  // namespace
 
-tAsynt CopyAsynt(tAsynt t) { return kit.copy(t); }
+tAsynt CopyAsynt(tAsynt t) { return kit.copy<true>(t); }
+tAsynt CopyAsyntQuickly(tAsynt t) { return kit.copy<false>(t); }
 bool IsEqualAsynt(const Asynt_Node* a, const Asynt_Node* b) { return kit.equal(a, b); }
 
 // A small tree is walked, whatever else there is: functions are made one by one from a big model. For a big one all

@@ -114,6 +114,10 @@ void CloseAsynt();
 // A deep copy that reproduces sharing and cycles within the tree; texts are shared with the source. Null gives null.
 tAsynt CopyAsynt(tAsynt t);
 
+// The same in two thirds of the time, with 16 bytes more for each node while it works: for the copies that are made of
+// each class, not for trees of any size.
+tAsynt CopyAsyntQuickly(tAsynt t);
+
 // Structural equality of two trees, positions included; no marks are used.
 bool IsEqualAsynt(const Asynt_Node* a, const Asynt_Node* b);
 

@@ -55,7 +55,7 @@ bool write_symbol(FILE* f, const Ddg_Node* t, const TreeField& field, size_t slo
 }
 
 // Only for what looks at one node or walks no path.
-TreeKit<Ddg_Node> kit{Ddg_Schema, alloc_for_copy, write_symbol};
+TreeKit<Ddg_Node, alloc_for_copy, Ddg_Shapes> kit{Ddg_Schema, write_symbol};
 
 const TreeKind& kind_of(const Ddg_Node* t) { return Ddg_Schema.kinds[t->yyKind]; }
 const TreeKind& kind_of_number(unsigned kind) { return Ddg_Schema.kinds[kind]; }

@@ -186,7 +186,7 @@ void write_header(FILE* h) {
   // The range table is constexpr, so that a test against a known kind compiles to one comparison.
   std::fprintf(h, "inline constexpr unsigned short %s_TypeRange[k%sKinds] = {", t, t);
   for (size_t i = 0; i < kinds.size(); i++) std::fprintf(h, "%s%d,", i % 20 ? " " : "\n    ", kinds[i].last);
-  std::fprintf(h, "\n};\n\n");
+  std::fprintf(h, "\n};\n\nextern const TreeShape %s_Shapes[k%sKinds];\n\n", t, t);
   for (size_t i = 0; i < kinds.size(); i++) {
     if (i == 0) continue;
     write_accessors(h, kinds[i], static_cast<int>(i));
@@ -203,6 +203,26 @@ bool is_cell(const Kind& k) {
 // The range of kinds that a child of a declared kind may have; the tree's own name stands for all of them.
 int first_kind(const std::string& type) { return type == tree_name ? 0 : number_of[type]; }
 int last_kind(const std::string& type) { return type == tree_name ? UINT16_MAX : kinds[number_of[type]].last; }
+
+// The fields of a kind that are children.
+std::vector<int> children_of(const Kind& k) {
+  std::vector<int> children;
+  for (size_t f = 0; f < k.fields.size(); f++)
+    if (!scalar(k.fields[f].type)) children.push_back(static_cast<int>(f));
+  return children;
+}
+
+void write_shapes(FILE* c) {
+  const char* t = tree_name.c_str();
+  std::fprintf(c, "const TreeShape %s_Shapes[k%sKinds] = {\n", t, t);
+  for (const Kind& k : kinds) {
+    const std::vector<int> children = children_of(k);
+    std::fprintf(c, "    {%zu, %zu, {", k.fields.size(), children.size());
+    for (int child : children) std::fprintf(c, "%d, ", child);
+    std::fprintf(c, "}},\n");
+  }
+  std::fprintf(c, "};\n\n");
+}
 
 void write_tables(FILE* c) {
   const char* t = tree_name.c_str();
@@ -224,9 +244,7 @@ void write_tables(FILE* c) {
   std::fprintf(c, "\nconstexpr TreeKind kinds[] = {\n");
   for (size_t i = 0; i < kinds.size(); i++) {
     const Kind& k = kinds[i];
-    std::vector<int> children;
-    for (size_t f = 0; f < k.fields.size(); f++)
-      if (!scalar(k.fields[f].type)) children.push_back(static_cast<int>(f));
+    const std::vector<int> children = children_of(k);
     std::string fields = k.fields.empty() ? "nullptr" : "fields_" + std::to_string(i);
     if (children.size() > 6) reject(k.line, "kind " + k.name + " has more than 6 children");
     std::fprintf(c, "    {\"%s\", %d, %zu, %zu, %s, {", k.name.c_str(), k.last, k.fields.size(), children.size(),
@@ -240,6 +258,7 @@ void write_tables(FILE* c) {
   }
   std::fprintf(c, "};\n\n}  // namespace\n\n");
   std::fprintf(c, "extern const TreeSchema %s_Schema = {\"%s\", \"No%s\", k%sKinds, kinds};\n\n", t, t, t, t);
+  write_shapes(c);
   std::fprintf(c, "}  // namespace oz\n");
 }
 

@@ -3,7 +3,8 @@
 //
 // A node is a head of 8 bytes and one 8-byte slot per field. A whole-tree operation first counts, in the node marks,
 // how often each node is referred to; it then clears each mark as it passes, so that between operations every mark is
-// 0. A walk that replaces nothing needs no counts: it leaves its own number in the nodes, and so passes each node once.
+// 0. A copy keeps in the marks which node became which. A walk that replaces nothing needs no marks: it leaves its own
+// number in the nodes, and so passes each node once.
 // All operations share module state: none may run inside another, except that a dump may be started within a dump.
 #pragma once
 
@@ -20,7 +21,7 @@ namespace oz {
 struct TreeNode {
   uint16_t yyKind;  // number of the node's kind
   uint16_t yySeen;  // number of the walk (see walk) that met the node last, 0 before the first
-  uint32_t yyMark;  // references counted by the operation at work, 0 between operations
+  uint32_t yyMark;  // what the operation at work counts or numbers, 0 between operations
 };
 
 // How the slot of a field is read and written in a dump.
@@ -52,6 +53,14 @@ struct TreeKind {
   uint16_t last_kind[kMaxChildren];   // to here
   const TreeField* fields;
 };
+
+// What a walk needs of a kind, in one word.
+struct TreeShape {
+  uint8_t field_count;
+  uint8_t child_count;
+  uint8_t children[kMaxChildren];
+};
+static_assert(sizeof(TreeShape) == 8);
 
 struct TreeSchema {
   const char* tree_name;  // "Asynt"

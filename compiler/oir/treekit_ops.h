@@ -17,10 +17,10 @@
 
 namespace oz {
 
-template <typename Node>
+// alloc makes a node with this many fields, whose head is clear; shapes are those of the tree's kinds.
+template <typename Node, Node* (*alloc)(size_t fields), const TreeShape* shapes>
 struct TreeKit {
   const TreeSchema& schema;
-  Node* (*alloc)(size_t fields);  // a node whose head is clear
   // A field that a tree writes in its own way (null for none): true if it was written.
   bool (*write_special)(FILE* f, const Node* t, const TreeField& field, size_t slot) = nullptr;
 
@@ -29,13 +29,14 @@ struct TreeKit {
   // ---- shared by the operations
 
   const TreeKind& kind_of(const Node* t) const { return schema.kinds[t->yyKind]; }
+  static const TreeShape& shape_of(const Node* t) { return shapes[t->yyKind]; }
   bool known(const Node* t) const { return t->yyKind < schema.kind_count; }
   static Slot& child(Node* t, size_t slot) { return tree_raw_slot<Slot>(t, slot); }
   static Node* child(const Node* t, size_t slot) { return tree_raw_slot<Slot>(const_cast<Node*>(t), slot); }
   // Counts the references into the tree: afterwards a node's mark is the number of places that point to it.
   void mark(Node* t) {
     while (t && ++t->yyMark == 1 && known(t)) {
-      const TreeKind& k = kind_of(t);
+      const TreeShape& k = shape_of(t);
       if (k.child_count == 0) return;
       for (int i = 0; i + 1 < k.child_count; i++) mark(child(t, k.children[i]));
       t = child(t, k.children[k.child_count - 1]);
@@ -47,7 +48,7 @@ struct TreeKit {
     while (t && t->yyMark != 0) {
       t->yyMark = 0;
       if (!known(t)) return;
-      const TreeKind& k = kind_of(t);
+      const TreeShape& k = shape_of(t);
       if (k.child_count == 0) return;
       for (int i = 0; i + 1 < k.child_count; i++) clear(child(t, k.children[i]));
       t = child(t, k.children[k.child_count - 1]);
@@ -56,21 +57,22 @@ struct TreeKit {
 
   // ---- copy
 
-  // While a copy is made, the mark of a node counts the references that are still to be followed. A node with more than
-  // one is noted when it is copied, since the others need to know its copy: its mark is then its number among these
-  // nodes, above kNoted.
+  // A node that was copied and can be met again: its mark is its number in this list, above kNoted.
   struct Forwarded {
     Node* old_node;
     Node* new_node;
   };
   std::vector<Forwarded> forwarded{};
   static constexpr uint32_t kNoted = 0x80000000;
-  static constexpr size_t kKept = 1000;  // room that is kept from one copy to the next
+  static constexpr size_t kKept = 100000;  // room that is kept from one copy to the next
 
+  // With the references counted first, only nodes that are referred to more than once are noted. Without, all are,
+  // which takes one walk less and 16 bytes a node more.
+  template <bool kCounted>
   Node* copy(Node* t) {
     Node* result = nullptr;
-    mark(t);
-    copy_into(t, &result);
+    if (kCounted) mark(t);
+    copy_into<kCounted>(t, &result);
     for (const Forwarded& f : forwarded) f.old_node->yyMark = 0;
     if (forwarded.size() > kKept) forwarded = {};
     forwarded.clear();
@@ -82,21 +84,24 @@ struct TreeKit {
     forwarded.push_back({t, n});
   }
 
-  // Copies t and stores the copy's address in *where.
+  // Copies t and stores the copy's address in *where. Counted, the mark of a node is the number of references to it
+  // that are still to be followed.
+  template <bool kCounted>
   void copy_into(Node* t, Slot* where) {
     while (t) {
       if (t->yyMark >= kNoted) {
         *where = forwarded[t->yyMark - kNoted].new_node;
         return;
       }
-      const TreeKind& k = kind_of(t);
+      const TreeShape& k = shape_of(t);
       Node* n = alloc(k.field_count);
       for (size_t i = 0; i < k.field_count; i++) tree_raw_slot<uint64_t>(n, i) = tree_raw_slot<uint64_t>(t, i);
       n->yyKind = t->yyKind;
-      if (--t->yyMark > 0) note_copy(t, n);
+      if (!kCounted || --t->yyMark > 0) note_copy(t, n);
       *where = n;
       if (k.child_count == 0) return;
-      for (int i = 0; i + 1 < k.child_count; i++) copy_into(child(t, k.children[i]), &child(n, k.children[i]));
+      for (int i = 0; i + 1 < k.child_count; i++)
+        copy_into<kCounted>(child(t, k.children[i]), &child(n, k.children[i]));
       const size_t last = k.children[k.child_count - 1];
       where = &child(n, last);
       t = child(t, last);
@@ -375,7 +380,7 @@ struct TreeKit {
     while (t && t->yyMark != 0) {
       t->yyMark--;
       if (!known(t)) return;
-      const TreeKind& k = kind_of(t);
+      const TreeShape& k = shape_of(t);
       if (k.child_count == 0) return;
       for (int i = 0; i + 1 < k.child_count; i++) {
         Node* c = child(t, k.children[i]);
@@ -401,7 +406,7 @@ struct TreeKit {
       t->yyMark = 0;
       proc(t);
       if (!known(t)) return;
-      const TreeKind& k = kind_of(t);
+      const TreeShape& k = shape_of(t);
       if (k.child_count == 0) return;
       for (int i = 0; i + 1 < k.child_count; i++) td_marked(child(t, k.children[i]), proc);
       t = child(t, k.children[k.child_count - 1]);
@@ -435,7 +440,7 @@ struct TreeKit {
         return;
       }
       if (!known(t)) return;
-      const TreeKind& k = kind_of(t);
+      const TreeShape& k = shape_of(t);
       if (k.child_count == 0) return;
       for (int i = 0; i + 1 < k.child_count; i++) td2_marked(&child(t, k.children[i]), proc);
       where = &child(t, k.children[k.child_count - 1]);
@@ -446,7 +451,7 @@ struct TreeKit {
   void skip_children(Node* t) {
     for (;;) {
       if (!known(t)) return;
-      const TreeKind& k = kind_of(t);
+      const TreeShape& k = shape_of(t);
       if (k.child_count == 0) return;
       for (int i = 0; i + 1 < k.child_count; i++) {
         Node* c = child(t, k.children[i]);
@@ -467,7 +472,7 @@ struct TreeKit {
 
   void keep_children(Node* t) {
     if (!known(t)) return;
-    const TreeKind& k = kind_of(t);
+    const TreeShape& k = shape_of(t);
     for (int i = 0; i < k.child_count; i++)
       if (child(t, k.children[i])) leftovers.push_back(child(t, k.children[i]));
   }
@@ -483,7 +488,7 @@ struct TreeKit {
         return;
       }
       if (!descend || !known(t)) return;
-      const TreeKind& k = kind_of(t);
+      const TreeShape& k = shape_of(t);
       if (k.child_count == 0) return;
       for (int i = 0; i + 1 < k.child_count; i++) walk(&child(t, k.children[i]), number, proc);
       where = &child(t, k.children[k.child_count - 1]);

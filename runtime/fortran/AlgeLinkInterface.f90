@@ -37,43 +37,52 @@
 ! When the link fails, or an argument is no value of its type, there is nothing that a wrapper could go on with: a line
 ! on standard error tells the reason, and the program stops with status 1.
 
-! The link, and single values on it.
-module alif_elements
+! Of algelink.h.
+module alif_library
   use, intrinsic :: iso_c_binding
-  use, intrinsic :: iso_fortran_env, only: error_unit
-  use ZentricaPrecision
   implicit none
-  private
-  public :: alif_link, alif_check, alif_fail, list_head, read_element, write_element, read_text_and_length, &
-     end_answer, ALIF_LIST, c_text
 
-  type(c_ptr), save :: alif_link = c_null_ptr
-
-  integer(c_int), parameter :: function_token = 5
-
-  interface read_element
-    module procedure read_int, read_logical, read_real, read_complex, read_text
-  end interface
-  interface write_element
-    module procedure write_int, write_logical, write_real, write_complex, write_text
-  end interface
-
-  ! Of algelink.h.
   interface
+#define OF_LINK(NAME) integer(c_int) function NAME(link) bind(c, name='NAME'); import; type(c_ptr), value :: link; end
+OF_LINK(ALConnect)
+OF_LINK(ALWaitForLinkActivity)
+OF_LINK(ALNextPacket)
+OF_LINK(ALNewPacket)
+OF_LINK(ALGetType)
+OF_LINK(ALEndPacket)
+OF_LINK(ALFlush)
+#undef OF_LINK
+    function ALInitialize(parameters) bind(c, name='ALInitialize') result(env)
+      import c_ptr
+      type(c_ptr), value :: parameters
+      type(c_ptr) :: env
+    end function
+    function ALOpenString(env, commandline, error) bind(c, name='ALOpenString') result(link)
+      import c_ptr, c_int, c_char
+      type(c_ptr), value :: env
+      character(kind=c_char), intent(in) :: commandline(*)
+      integer(c_int), intent(out) :: error
+      type(c_ptr) :: link
+    end function
+    subroutine ALClose(link) bind(c, name='ALClose')
+      import c_ptr
+      type(c_ptr), value :: link
+    end subroutine
+    function ALCreateMessageHandler(env, handler, unused) bind(c, name='ALCreateMessageHandler') result(object)
+      import c_ptr, c_funptr
+      type(c_ptr), value :: env, unused
+      type(c_funptr), value :: handler
+      type(c_ptr) :: object
+    end function
+    function ALSetMessageHandler(link, object) bind(c, name='ALSetMessageHandler') result(done)
+      import c_ptr, c_int
+      type(c_ptr), value :: link, object
+      integer(c_int) :: done
+    end function
     function ALErrorMessage(link) bind(c, name='ALErrorMessage') result(text)
       import c_ptr
       type(c_ptr), value :: link
       type(c_ptr) :: text
-    end function
-    function ALNewPacket(link) bind(c, name='ALNewPacket') result(done)
-      import c_ptr, c_int
-      type(c_ptr), value :: link
-      integer(c_int) :: done
-    end function
-    function ALGetType(link) bind(c, name='ALGetType') result(token)
-      import c_ptr, c_int
-      type(c_ptr), value :: link
-      integer(c_int) :: token
     end function
     function ALTestHead(link, head, n) bind(c, name='ALTestHead') result(done)
       import c_ptr, c_int, c_char
@@ -131,6 +140,34 @@ module alif_elements
       integer(c_int), value :: n
       integer(c_int) :: done
     end function
+    function ALPutSymbol(link, name) bind(c, name='ALPutSymbol') result(done)
+      import c_ptr, c_int, c_char
+      type(c_ptr), value :: link
+      character(kind=c_char), intent(in) :: name(*)
+      integer(c_int) :: done
+    end function
+  end interface
+end module alif_library
+
+! The link, and single values on it.
+module alif_elements
+  use alif_library
+  use, intrinsic :: iso_fortran_env, only: error_unit
+  use ZentricaPrecision
+  implicit none
+  private
+  public :: alif_link, alif_check, alif_fail, list_head, read_element, write_element, read_text_and_length, &
+     end_answer, ALIF_LIST, c_text
+
+  type(c_ptr), save :: alif_link = c_null_ptr
+
+  integer(c_int), parameter :: function_token = 5
+
+  interface read_element
+    module procedure read_int, read_logical, read_real, read_complex, read_text
+  end interface
+  interface write_element
+    module procedure write_int, write_logical, write_real, write_complex, write_text
   end interface
 
 contains
@@ -277,65 +314,70 @@ contains
   end subroutine
 end module alif_elements
 
-module alif_int_arrays
+module alif_int_values
 #define ELEMENT integer(zc_int)
 #define STORED integer(zc_int)
-#include "alif_arrays.inc"
+#include "alif_values.inc"
 #undef ELEMENT
 #undef STORED
 end module
 
-module alif_logical_arrays
+module alif_logical_values
 #define ELEMENT logical
 #define STORED logical
-#include "alif_arrays.inc"
+#include "alif_values.inc"
 #undef ELEMENT
 #undef STORED
 end module
 
-module alif_real_arrays
+module alif_real_values
 #define ELEMENT real(zc_real)
 #define STORED real(zc_real)
-#include "alif_arrays.inc"
+#include "alif_values.inc"
 #undef ELEMENT
 #undef STORED
 end module
 
-module alif_complex_arrays
+module alif_complex_values
 #define ELEMENT complex(zc_real)
 #define STORED complex(zc_real)
-#include "alif_arrays.inc"
+#include "alif_values.inc"
 #undef ELEMENT
 #undef STORED
 end module
 
-module alif_text_arrays
+module alif_text_values
 #define ELEMENT character(len=*)
 #define STORED character(len=zc_strlen)
-#include "alif_arrays.inc"
+#include "alif_values.inc"
 #undef ELEMENT
 #undef STORED
 end module
 
 module AlgeLinkInterface
-  use, intrinsic :: iso_c_binding
   use ZentricaPrecision
-  use alif_elements
-  use alif_int_arrays, only: getNint => get_1, getNNint => get_2, getNNNint => get_3, getNNNNint => get_4, &
+  use alif_library
+  use alif_elements, getstr => read_text_and_length
+  use alif_int_values, only: getint => get_0, putint => put_0, cbgetint => cbget_0, &
+    getNint => get_1, getNNint => get_2, getNNNint => get_3, getNNNNint => get_4, &
     putNint => put_1, putNNint => put_2, putNNNint => put_3, putNNNNint => put_4, &
     cbgetNint => cbget_1, cbgetNNint => cbget_2, cbgetNNNint => cbget_3, cbgetNNNNint => cbget_4
-  use alif_logical_arrays, only: getNint => get_1, getNNint => get_2, getNNNint => get_3, getNNNNint => get_4, &
+  use alif_logical_values, only: getint => get_0, putint => put_0, cbgetint => cbget_0, &
+    getNint => get_1, getNNint => get_2, getNNNint => get_3, getNNNNint => get_4, &
     putNint => put_1, putNNint => put_2, putNNNint => put_3, putNNNNint => put_4, &
     cbgetNint => cbget_1, cbgetNNint => cbget_2, cbgetNNNint => cbget_3, cbgetNNNNint => cbget_4
-  use alif_real_arrays, only: getNdouble => get_1, getNNdouble => get_2, getNNNdouble => get_3, &
+  use alif_real_values, only: getdouble => get_0, putdouble => put_0, cbgetdouble => cbget_0, &
+    getNdouble => get_1, getNNdouble => get_2, getNNNdouble => get_3, &
     getNNNNdouble => get_4, &
     putNdouble => put_1, putNNdouble => put_2, putNNNdouble => put_3, putNNNNdouble => put_4, &
     cbgetNdouble => cbget_1, cbgetNNdouble => cbget_2, cbgetNNNdouble => cbget_3, cbgetNNNNdouble => cbget_4
-  use alif_complex_arrays, only: getNcomplex => get_1, getNNcomplex => get_2, &
+  use alif_complex_values, only: getcomplex => get_0, putcomplex => put_0, cbgetcomplex => cbget_0, &
+    getNcomplex => get_1, getNNcomplex => get_2, &
     getNNNcomplex => get_3, getNNNNcomplex => get_4, &
     putNcomplex => put_1, putNNcomplex => put_2, putNNNcomplex => put_3, putNNNNcomplex => put_4, &
     cbgetNcomplex => cbget_1, cbgetNNcomplex => cbget_2, cbgetNNNcomplex => cbget_3, cbgetNNNNcomplex => cbget_4
-  use alif_text_arrays, only: getNstr => get_1, getNNstr => get_2, getNNNstr => get_3, getNNNNstr => get_4, &
+  use alif_text_values, only: putstr => put_0, cbgetstr => cbget_0, &
+    getNstr => get_1, getNNstr => get_2, getNNNstr => get_3, getNNNNstr => get_4, &
     putNstr => put_1, putNNstr => put_2, putNNNstr => put_3, putNNNNstr => put_4, &
     cbgetNstr => cbget_1, cbgetNNstr => cbget_2, cbgetNNNstr => cbget_3, cbgetNNNNstr => cbget_4
   implicit none
@@ -373,169 +415,7 @@ module AlgeLinkInterface
   integer(c_int), parameter :: return_packet = 3, call_packet = 7, terminate_message = 1
   integer(c_int), save :: ended = 0  ! set by the message handler, on another thread
 
-  interface getint
-    module procedure get_int, get_logical
-  end interface
-  interface putint
-    module procedure put_int, put_logical
-  end interface
-  interface cbgetint
-    module procedure cbget_int, cbget_logical
-  end interface
-
-  ! Of algelink.h.
-  interface
-    function ALInitialize(parameters) bind(c, name='ALInitialize') result(env)
-      import c_ptr
-      type(c_ptr), value :: parameters
-      type(c_ptr) :: env
-    end function
-    function ALOpenString(env, commandline, error) bind(c, name='ALOpenString') result(link)
-      import c_ptr, c_int, c_char
-      type(c_ptr), value :: env
-      character(kind=c_char), intent(in) :: commandline(*)
-      integer(c_int), intent(out) :: error
-      type(c_ptr) :: link
-    end function
-    function ALConnect(link) bind(c, name='ALConnect') result(done)
-      import c_ptr, c_int
-      type(c_ptr), value :: link
-      integer(c_int) :: done
-    end function
-    subroutine ALClose(link) bind(c, name='ALClose')
-      import c_ptr
-      type(c_ptr), value :: link
-    end subroutine
-    function ALCreateMessageHandler(env, handler, unused) bind(c, name='ALCreateMessageHandler') result(object)
-      import c_ptr, c_funptr
-      type(c_ptr), value :: env, unused
-      type(c_funptr), value :: handler
-      type(c_ptr) :: object
-    end function
-    function ALSetMessageHandler(link, object) bind(c, name='ALSetMessageHandler') result(done)
-      import c_ptr, c_int
-      type(c_ptr), value :: link, object
-      integer(c_int) :: done
-    end function
-    function ALWaitForLinkActivity(link) bind(c, name='ALWaitForLinkActivity') result(active)
-      import c_ptr, c_int
-      type(c_ptr), value :: link
-      integer(c_int) :: active
-    end function
-    function ALNextPacket(link) bind(c, name='ALNextPacket') result(code)
-      import c_ptr, c_int
-      type(c_ptr), value :: link
-      integer(c_int) :: code
-    end function
-    function ALEndPacket(link) bind(c, name='ALEndPacket') result(done)
-      import c_ptr, c_int
-      type(c_ptr), value :: link
-      integer(c_int) :: done
-    end function
-    function ALFlush(link) bind(c, name='ALFlush') result(done)
-      import c_ptr, c_int
-      type(c_ptr), value :: link
-      integer(c_int) :: done
-    end function
-    function ALPutSymbol(link, name) bind(c, name='ALPutSymbol') result(done)
-      import c_ptr, c_int, c_char
-      type(c_ptr), value :: link
-      character(kind=c_char), intent(in) :: name(*)
-      integer(c_int) :: done
-    end function
-    function put_head(link, head, n) bind(c, name='ALPutFunction') result(done)
-      import c_ptr, c_int, c_char
-      type(c_ptr), value :: link
-      character(kind=c_char), intent(in) :: head(*)
-      integer(c_int), value :: n
-      integer(c_int) :: done
-    end function
-  end interface
-
 contains
-
-  ! ---- single values
-
-  subroutine get_int(v)
-    integer(zc_int), intent(out) :: v
-    call read_element(v)
-  end subroutine
-
-  subroutine put_int(v)
-    integer(zc_int), intent(in) :: v
-    call write_element(v)
-  end subroutine
-
-  subroutine cbget_int(v)
-    integer(zc_int), intent(out) :: v
-    call read_element(v)
-    call end_answer()
-  end subroutine
-
-  subroutine get_logical(v)
-    logical, intent(out) :: v
-    call read_element(v)
-  end subroutine
-
-  subroutine put_logical(v)
-    logical, intent(in) :: v
-    call write_element(v)
-  end subroutine
-
-  subroutine cbget_logical(v)
-    logical, intent(out) :: v
-    call read_element(v)
-    call end_answer()
-  end subroutine
-
-  subroutine getdouble(v)
-    real(zc_real), intent(out) :: v
-    call read_element(v)
-  end subroutine
-
-  subroutine putdouble(v)
-    real(zc_real), intent(in) :: v
-    call write_element(v)
-  end subroutine
-
-  subroutine cbgetdouble(v)
-    real(zc_real), intent(out) :: v
-    call read_element(v)
-    call end_answer()
-  end subroutine
-
-  subroutine getcomplex(v)
-    complex(zc_real), intent(out) :: v
-    call read_element(v)
-  end subroutine
-
-  subroutine putcomplex(v)
-    complex(zc_real), intent(in) :: v
-    call write_element(v)
-  end subroutine
-
-  subroutine cbgetcomplex(v)
-    complex(zc_real), intent(out) :: v
-    call read_element(v)
-    call end_answer()
-  end subroutine
-
-  subroutine getstr(s, n)
-    character(len=zc_strlen), intent(out) :: s
-    integer(zc_int), intent(out) :: n
-    call read_text_and_length(s, n)
-  end subroutine
-
-  subroutine putstr(s)
-    character(len=*), intent(in) :: s
-    call write_element(s)
-  end subroutine
-
-  subroutine cbgetstr(s)
-    character(len=zc_strlen), intent(out) :: s
-    call read_element(s)
-    call end_answer()
-  end subroutine
 
   subroutine putnull()
     call alif_check(ALPutSymbol(alif_link, c_text('Null')))
@@ -550,8 +430,8 @@ contains
   subroutine ALIF_START(n, name)
     integer(zc_int), intent(in) :: n
     character(len=*), intent(in) :: name
-    call alif_check(put_head(alif_link, c_text('EvaluatePacket'), 1_c_int))
-    call alif_check(put_head(alif_link, c_text(name), int(n, c_int)))
+    call alif_check(ALPutFunction(alif_link, c_text('EvaluatePacket'), 1_c_int))
+    call alif_check(ALPutFunction(alif_link, c_text(name), int(n, c_int)))
   end subroutine
 
   recursive subroutine ALIF_WAIT()
@@ -626,7 +506,7 @@ contains
   subroutine define_all()
     integer :: i
     do i = 1, size(table)
-      call alif_check(put_head(alif_link, c_text('DefineExternal'), 3_c_int))
+      call alif_check(ALPutFunction(alif_link, c_text('DefineExternal'), 3_c_int))
       call write_element(table(i)%pattern)
       call write_element(table(i)%arguments)
       call write_element(i - 1)

@@ -47,41 +47,11 @@ module zc_numbers
     module procedure real_of_int, real_of_real
   end interface
   interface exp
-    module procedure exp_of_literal, exp_of_int
+    module procedure exp_of_literal
   end interface
-  interface sqrt
-    module procedure sqrt_of_int
-  end interface
-  interface log
-    module procedure log_of_int
-  end interface
-  interface sin
-    module procedure sin_of_int
-  end interface
-  interface cos
-    module procedure cos_of_int
-  end interface
-  interface tan
-    module procedure tan_of_int
-  end interface
-  interface asin
-    module procedure asin_of_int
-  end interface
-  interface acos
-    module procedure acos_of_int
-  end interface
-  interface atan
-    module procedure atan_of_int
-  end interface
-  interface sinh
-    module procedure sinh_of_int
-  end interface
-  interface cosh
-    module procedure cosh_of_int
-  end interface
-  interface tanh
-    module procedure tanh_of_int
-  end interface
+#define WITH(F) interface F; module procedure F/**/_of_int; end interface
+#include "zc_of_int.inc"
+#undef WITH
   interface floor
     module procedure itself
   end interface
@@ -132,77 +102,10 @@ contains
     r = exp(real(c, zc_real))
   end function
 
-  elemental function exp_of_int(i) result(r)
-    integer(zc_int), intent(in) :: i
-    real(zc_real) :: r
-    r = exp(real(i, zc_real))
-  end function
-
-  elemental function sqrt_of_int(i) result(r)
-    integer(zc_int), intent(in) :: i
-    real(zc_real) :: r
-    r = sqrt(real(i, zc_real))
-  end function
-
-  elemental function log_of_int(i) result(r)
-    integer(zc_int), intent(in) :: i
-    real(zc_real) :: r
-    r = log(real(i, zc_real))
-  end function
-
-  elemental function sin_of_int(i) result(r)
-    integer(zc_int), intent(in) :: i
-    real(zc_real) :: r
-    r = sin(real(i, zc_real))
-  end function
-
-  elemental function cos_of_int(i) result(r)
-    integer(zc_int), intent(in) :: i
-    real(zc_real) :: r
-    r = cos(real(i, zc_real))
-  end function
-
-  elemental function tan_of_int(i) result(r)
-    integer(zc_int), intent(in) :: i
-    real(zc_real) :: r
-    r = tan(real(i, zc_real))
-  end function
-
-  elemental function asin_of_int(i) result(r)
-    integer(zc_int), intent(in) :: i
-    real(zc_real) :: r
-    r = asin(real(i, zc_real))
-  end function
-
-  elemental function acos_of_int(i) result(r)
-    integer(zc_int), intent(in) :: i
-    real(zc_real) :: r
-    r = acos(real(i, zc_real))
-  end function
-
-  elemental function atan_of_int(i) result(r)
-    integer(zc_int), intent(in) :: i
-    real(zc_real) :: r
-    r = atan(real(i, zc_real))
-  end function
-
-  elemental function sinh_of_int(i) result(r)
-    integer(zc_int), intent(in) :: i
-    real(zc_real) :: r
-    r = sinh(real(i, zc_real))
-  end function
-
-  elemental function cosh_of_int(i) result(r)
-    integer(zc_int), intent(in) :: i
-    real(zc_real) :: r
-    r = cosh(real(i, zc_real))
-  end function
-
-  elemental function tanh_of_int(i) result(r)
-    integer(zc_int), intent(in) :: i
-    real(zc_real) :: r
-    r = tanh(real(i, zc_real))
-  end function
+#define WITH(F) elemental real(zc_real) function F/**/_of_int(i); integer(zc_int), intent(in) :: i; \
+ F/**/_of_int = F(real(i, zc_real)); end
+#include "zc_of_int.inc"
+#undef WITH
 
   ! ---- to integers
 

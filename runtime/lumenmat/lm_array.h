@@ -19,6 +19,7 @@
 #define LM_ARRAY_H
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstdlib>
 #include <functional>
@@ -417,11 +418,15 @@ class Array : public Dense<Array<T, N>, T, N> {
   }
 
   // ---- assignments to sections: Set(subscripts..., value), the value a number or an array of the section's shape
+  //
+  // Numbers behind the N subscripts are subscripts of the section: x.Set(R(2,4), 1, 3, v) sets x(4, 1). With less of
+  // them than the section has dimensions, whole dimensions of it are set.
 
   template <class... Args>
   void Set(const Args&... args) {
-    static_assert(sizeof...(Args) == N + 1, "Set takes a subscript for each dimension and a value");
-    set_from(std::forward_as_tuple(args...), std::make_index_sequence<N>());
+    static_assert(sizeof...(Args) > N, "Set takes a subscript for each dimension and a value");
+    set_from(std::forward_as_tuple(args...), std::make_index_sequence<N>(),
+             std::make_index_sequence<sizeof...(Args) - N - 1>());
   }
   template <class V>
   void SetRow(Index i, const V& v) {
@@ -586,17 +591,27 @@ class Array : public Dense<Array<T, N>, T, N> {
     return Section<T, ranges_in<I...>>(data() + l.start, l.shape, l.step);
   }
 
-  template <class Tuple, std::size_t... K>
-  void set_from(const Tuple& args, std::index_sequence<K...>) {
-    set_section(std::get<N>(args), std::get<K>(args)...);
+  template <class Tuple, std::size_t... K, std::size_t... L>
+  void set_from(const Tuple& args, std::index_sequence<K...>, std::index_sequence<L...>) {
+    const std::array<Index, sizeof...(L)> within{static_cast<Index>(std::get<N + L>(args))...};
+    set_section(std::get<N + sizeof...(L)>(args), within, std::get<K>(args)...);
   }
-  template <class V, class... I>
-  void set_section(const V& v, const I&... i) {
-    if constexpr (ranges_in<I...> == 0) {
+  template <class V, std::size_t E, class... I>
+  void set_section(const V& v, const std::array<Index, E>& within, const I&... i) {
+    constexpr int M = ranges_in<I...>;
+    static_assert(E <= M, "Set has more subscripts than the section has dimensions");
+    if constexpr (M == 0) {
       (*this)(i...) = convert<T>(v);
     } else {
-      const auto l = layout(i...);
-      store_section(l.shape, data() + l.start, l.step, v);
+      auto l = layout(i...);
+      for (std::size_t k = 0; k < E; k++) l.start += checked_offset(within[k], l.shape.d, M, k) * l.step[k];
+      if constexpr (E == M) {
+        data_[l.start] = convert<T>(v);
+      } else {
+        Shape<M - E> s;
+        std::copy(l.shape.d + E, l.shape.d + M, s.d);
+        store_section(s, data_.get() + l.start, l.step + E, v);
+      }
     }
   }
   template <int M, class V>

@@ -219,21 +219,36 @@ auto Cross(A&& a, B&& b) {
   return c;
 }
 
-template <class A, class B, class C, std::enable_if_t<is_array<A> && is_array<B> && is_array<C>, int> = 0>
-auto Cross(A&& a, B&& b, C&& c) {
-  const auto& x = value_of(a);
-  const auto& y = value_of(b);
-  const auto& z = value_of(c);
-  need_size("Cross", x.size(), 4);
-  need_size("Cross", y.size(), 4);
-  need_size("Cross", z.size(), 4);
-  using T = element_of<decltype(x(1) * y(1) * z(1))>;
-  Array<T, 1> result(4);
-  for (int i = 1; i <= 4; i++) {
-    const int p = i == 1 ? 2 : 1, q = i <= 2 ? 3 : 2, r = i == 4 ? 3 : 4;
-    const T minor =
-        x(p) * (y(q) * z(r) - y(r) * z(q)) - x(q) * (y(p) * z(r) - y(r) * z(p)) + x(r) * (y(p) * z(q) - y(q) * z(p));
-    result(i) = i % 2 == 1 ? -minor : minor;
+// The determinant of K vectors in K of their places.
+template <int K, class T>
+T determinant(const Array<T, 1>* vectors, const int* places) {
+  if constexpr (K == 1) {
+    return vectors[0](places[0]);
+  } else {
+    T sum = 0;
+    int rest[K - 1];
+    for (int k = 0; k < K; k++) {
+      std::copy(places, places + k, rest);
+      std::copy(places + k + 1, places + K, rest + k);
+      const T term = vectors[0](places[k]) * determinant<K - 1>(vectors + 1, rest);
+      sum = k % 2 == 0 ? sum + term : sum - term;
+    }
+    return sum;
+  }
+}
+
+template <class... A, std::enable_if_t<(sizeof...(A) > 2) && (is_array<A> && ...), int> = 0>
+auto Cross(A&&... a) {
+  constexpr int K = sizeof...(A);
+  using T = element_of<decltype((std::declval<element_type<A>>() * ...))>;
+  const Array<T, 1> vectors[] = {Array<T, 1>(value_of(a))...};
+  for (const Array<T, 1>& v : vectors) need_size("Cross", v.size(), K + 1);
+  Array<T, 1> result(K + 1);
+  for (int i = 1; i <= K + 1; i++) {
+    int places[K];
+    for (int k = 0; k < K; k++) places[k] = k + 1 < i ? k + 1 : k + 2;
+    const T minor = determinant<K>(vectors, places);
+    result(i) = (K + 1 + i) % 2 == 0 ? minor : T(0) - minor;
   }
   return result;
 }

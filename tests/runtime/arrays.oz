@@ -1,4 +1,4 @@
-(* Operations on whole arrays, one function for each family. *)
+(* Operations on whole arrays, one function for each family; those that Fortran has, too, are in fortran/agree.oz. *)
 model Arrays;
 
 real array[2] picked[real array[4] v_] := v[[2|3]];
@@ -20,11 +20,7 @@ real array[2] functions[real array[2] a_] := Sin[a] + Sqrt[Abs[a]] + Exp[a]*2 + 
 complex array[2] waves[complex array[2] z_] := Exp[I*z] + Conjugate[z];
 real array[2] sizes[complex array[2] z_] := Abs[z] + Re[z] + Im[z] + Arg[z];
 complex root[complex z_] := Sqrt[z] + Complex[1, 2]*z^2;
-real dot[real array[2] a_, real array[2] b_] := a . b;
 real array[2] twice[real array[2, 2] m_, real array[2] a_] := m . m . a;
-real array[2, 2] outer[real array[2] a_, real array[2] b_] := OuterProduct[a, b];
-real array[3] crossed[real array[3] a_, real array[3] b_] := Cross[a, b];
-real array[3, 2] turned[real array[2, 3] m_] := Transpose[m];
 real array[6] joined[real array[2] a_, real array[2] b_] := Join[a, b, a];
 real array[4] ends[real array[2] a_] := Append[Prepend[a, 0.5], 1.5];
 real array[2] dropped[real array[4] a_, int n_] := Drop[Drop[a, n], {2}];
@@ -36,9 +32,6 @@ real array[2] totals[real array[2, 2] m_] := Total[m] + Mean[m] + StandardDeviat
 real array[5] ordered[real array[5] v_] := Sort[v];
 real quantiles[real array[5] v_] := Quantile[v, 0.5, {{1, -1}, {0, 1}}];
 real extremes[real array[5] v_] := Max[v] - Min[v] + Max[v[[1]], 2] + Min[1, 2.5];
-int array[2] shape[real array[2, 3] m_] := Dimensions[m];
-int rowCount[real array[2, 3] m_] := Dimensions[m][[1]];
-real array[2, 2] literal[real x_] := {{x, 1}, {2, x}};
 int array[12] twelve[] := {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
 real array[3, 3] sections[real array[3] v_] :=
   Module[{real array[3, 3] m},

@@ -224,5 +224,23 @@ TEST_F(Dig, External) {
   }
 }
 
+// Each name without a type is read as a name of the model. What the model does not know is reported by the reader and
+// stays without a type. M is no occurrence of M.
+TEST_F(Dig, NamesOfTheModelInAText) {
+  keep("real x; real array[3] v; real f[real y_] := y;");
+  for (const auto& [text, types, messages] : table<3>(R"(
+      oz$Type[M`z, oz$Real] -->  -->      a[oz$Type[z, oz$Real], 2] --> a = none --> E1,1 Undefined (variable) symbol: M`a
+      g[x, f[v], x] --> f = real; g = none; v = real[3]; x = real --> E1,1 Undefined (variable) symbol: M`g
+      )")) {
+    ffscan_SetString(text.c_str());
+    ffscan_BeginFile("");
+    const tAsynt body = ffparse(1);
+    std::string found;
+    EXPECT_EQ(messages, said([&] { found = entries(GetExternalFuncTypes(body), type_of_entry); }));
+    EXPECT_EQ(types, found) << text;
+    EXPECT_TRUE(AsyntMarksAreZero(body));
+  }
+}
+
 }  // namespace
 }  // namespace oz

@@ -10,7 +10,7 @@ namespace {
 
 struct Sheepconv : Trees {
   Sheepconv() { begin(); }
-  // Sizes 0 are written as in a declaration without sizes.
+  // Sizes 0 are written as in a declaration without sizes: 0 or _.
   static void begin() {
     Begintype();
     declare_types(
@@ -19,7 +19,8 @@ struct Sheepconv : Trees {
     for (const char* array : {"u", "p1", "p4", "p5"})
       for (tAsynt l = ArrayType_Dimensions(SymInfo_Type(info_of(array))); Asynt_Kind(l) == kExpression1;
            l = Expression1_Expressions(l))
-        if (IntConst_Val(Expression1_Expression(l)) == 0) Expression1_Expression(l) = mExactIntConst("0");
+        if (IntConst_Val(Expression1_Expression(l)) == 0)
+          Expression1_Expression(l) = array[1] == '1' ? mBlank(mEmpty()) : mExactIntConst("0");
     temp_no = 1;
   }
 };

@@ -11,7 +11,7 @@ end C;
 instance host inherits D(2) end;
 instance a inherits C(g, host) hide: g; end;
 instance n
-  part m inherits C(g`x, this`g);
+  part m inherits D(g`x), D(this`g);
   part g inherits D(1);
 end n;
 instance t[j]

@@ -1,4 +1,4 @@
-BeginPackage["Order`", { "Operators`", "Iterators`" } ];
+BeginPackage["Order`", { "Operators`", "Iterators`", "Math`", "Util`" } ];
 
   Clear["empty`*"];
   Remove["empty`*"];

@@ -1,4 +1,5 @@
 model Order;
+packages "Math`", "Util`";
 
 class Base hide: x := 1; y := 1; end Base;
 class Left inherits Base hide: x := 2; z := 2; end Left;

@@ -1,5 +1,6 @@
 model Trace;
 
-class W(r) hide: x := r; end W;
+class Top end;
+class W(r) inherits Top hide: x := r; end W;
 class C(a, b) inherits W(a + 1) part p inherits W(b); end C;
 instance i inherits C(1, {2}) part q[k] inherits W(k); end;

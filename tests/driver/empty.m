@@ -1,6 +1,0 @@
-BeginPackage["`", { "Operators`", "Iterators`" } ];
-
-
-EndPackage[];
-
-If[! Or @@ ((# == "P$`")& /@ $ContextPath), AppendTo[$ContextPath, "P$`"]];

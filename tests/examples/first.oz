@@ -1,1 +1,0 @@
-../../docs/models/first.oz

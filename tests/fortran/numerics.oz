@@ -1,1 +1,0 @@
-../../examples/numerics.oz

@@ -1,1 +1,0 @@
-../cplusplus/outflow.oz

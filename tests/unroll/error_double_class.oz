@@ -1,3 +1,0 @@
-model E;
-class C end;
-class C hide: x := 1; end;

@@ -1,4 +1,0 @@
-model E;
-instance a end;
-class C end;
-instance a[i] end;

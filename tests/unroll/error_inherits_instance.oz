@@ -1,3 +1,0 @@
-model E;
-instance b end;
-instance a inherits b end;

@@ -1,3 +1,0 @@
-model E;
-class Max end;
-instance a inherits Max end;

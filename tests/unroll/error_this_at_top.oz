@@ -1,3 +1,0 @@
-model E;
-class C(k) end;
-instance a inherits C({1, this}) end;

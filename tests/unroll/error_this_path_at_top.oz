@@ -1,3 +1,0 @@
-model E;
-class C(k) end;
-instance a[i] inherits C(this`h) hide: h; end;

@@ -1,3 +1,0 @@
-model E;
-class C inherits Nowhere end;
-instance a inherits C end;
