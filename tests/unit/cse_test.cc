@@ -57,6 +57,8 @@ void expect_results(const char* rows, Step step) {
 
 TEST_F(Cse, OperandsFromTheLastToTheFirst) {
   expect_lists(R"(
+      // Leaves stay where they are.
+      x --> x   17 --> 17   "s" --> "s"   XPi --> XPi   Iterator[i,1,n] --> Iterator[i,1,n]
       f[XSin[x],XCos[x]] --> T1:real=XCos[x]; T2:real=XSin[x]; T3:real=f[T2,T1]; T3
       XPlus[XSin[x],XCos[x],XTan[x]] --> T1:real=XTan[x]; T2:real=XCos[x]; T3:real=XSin[x]; T4:real=XPlus[T3,T2,T1]; T4
       XSubtract[XSin[x],XCos[x]] --> T1:real=XCos[x]; T2:real=XSin[x]; T3:real=XSubtract[T2,T1]; T3

@@ -4,8 +4,7 @@
 
 #include "ffparse.h"
 #include "ffscan.h"
-#include "model_text.h"
-#include "sheepout.h"
+#include "generators.h"
 
 namespace oz {
 namespace {
@@ -240,6 +239,57 @@ TEST_F(Dig, NamesOfTheModelInAText) {
     EXPECT_EQ(types, found) << text;
     EXPECT_TRUE(AsyntMarksAreZero(body));
   }
+}
+
+// What belongs to an instance is what its name qualifies wholly, in the order of the index.
+TEST_F(Dig, VariablesOfInstances) {
+  tAsynt model = flat(
+      "real z; class D reveal: real x; real y; end; class C part p inherits D; part q[j] inherits D; reveal: real x; "
+      "end;"
+      "instance a inherits C end; instance s[i] inherits C end; instance none end;");
+  tIndex vars = GetVarTypes(model, nullptr);
+  static std::vector<tAsynt> found;
+  Iter* instance = start_iter(instances);
+  size_t all = 0;
+  while (tAsynt* entry = iter_next(instance)) {
+    std::vector<tAsynt> expected;
+    Iter* var = start_iter(vars);
+    while (tAsynt* declared = iter_next(var))
+      if (is_entire_qualifier(iter_key(var), iter_key(instance))) expected.push_back(declared[0]);
+    found.clear();
+    ApplyForInstanceVars([](tAsynt t) { found.push_back(t); }, entry[1], vars);
+    EXPECT_EQ(expected, found) << iter_key(instance);
+    all += found.size();
+  }
+  EXPECT_EQ(size_t{10}, all);
+}
+
+// The routine that makes room for a set's variables, on both files; the dimensions of the set stand in front. An
+// instance that is no set has its variables declared alone.
+TEST_F(Dig, DeclarationsOfInstances) {
+  const tAsynt model = keep(
+      "class C reveal: real x; real array[3] v; real f[real y_] := y; end; instance a inherits C end;"
+      "instance s[i,j] inherits C end;");
+  const tIndex variables = GetVarTypes(model, GetCompilables(model));
+  SheepFiles files;
+  f_module_name = "zc_M";
+  const auto declared = [&](const char* text) {
+    tAsynt* entry = lookup(instances, text);
+    return lines_of(files.f90.added([&] { GenVarDecls(entry[1], entry[2], variables); }));
+  };
+  EXPECT_EQ("real(zc_real) v(3) | real(zc_real) x", declared("a"));
+  EXPECT_EQ("", files.i_f90.str());
+  EXPECT_EQ(
+      "subroutine s_set_range (oz_Li_R,oz_Lj_R) | use zc_M, oz_this_s => s_set_range | implicit none | "
+      "integer(zc_int), intent(in) :: oz_Li_R | integer(zc_int), intent(in) :: oz_Lj_R | "
+      "allocate (v(oz_Li_R,oz_Lj_R,3)) | allocate (x(oz_Li_R,oz_Lj_R)) | end subroutine s_set_range | "
+      "real(zc_real), pointer :: v(:,:,:) | real(zc_real), pointer :: x(:,:)",
+      declared("s"));
+  EXPECT_EQ("real(zc_real), target, allocatable, save :: oz_v(:,:)\n",
+            files.f90.added([] { Gen_array_decl(find_alltypes("s`v")); }));
+  genlang = cplusplus;
+  EXPECT_EQ("", declared("s"));
+  purge_remembered_vardecls();
 }
 
 }  // namespace

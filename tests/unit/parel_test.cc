@@ -156,5 +156,22 @@ TEST_F(Parel, ManyEquations) {
   EXPECT_EQ("x99999", code_text(Symbol1_Symbol(InOutExpr_In(block_of(InOutExpr_Expr(block_of(parexec)))))));
 }
 
+TEST_F(Parel, OneListOfASystem) {
+  EXPECT_EQ("(T1=XMinus[x];x_out=T1)", code_text(do_cse(system_of("XEqual[Deriv[1,x],XMinus[x[t]]]", "t"))));
+}
+
+TEST_F(Parel, MakeCodeWritesASchedule) {
+  OutputStream out;
+  foutput_file = out.f;
+  finit_output();
+  fout_set(fout_implementation);
+  make_code(system_of("XEqual[Deriv[1,x],XSin[x[t]]]", "t"));
+  foutput_file = nullptr;
+  const std::string text = out.str();
+  EXPECT_TRUE(text.starts_with("subroutine zc_initialize_state (zc_init_state)\n")) << text;
+  for (const char* line : {"x = zc_yin(1)\n", "zc_T1 = sin(x)\n", "x_out = zc_T1\n", "zc_yout(1) = x_out\n"})
+    EXPECT_TRUE(contains(text, line)) << text;
+}
+
 }  // namespace
 }  // namespace oz

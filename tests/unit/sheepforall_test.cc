@@ -127,5 +127,24 @@ TEST_F(SheepForAll, Failures) {
         << row.routine;
 }
 
+TEST_F(SheepForAll, Registration) {
+  EXPECT_EQ("", f90.added([] { Fmake_forall_parallel_init(mSymbol0()); }));
+  const tAsynt procs = mSymbol1(mSymbol(mTempSymbol(int_type_node, NoPosition, 4)),
+                                mSymbol1(mSymbol(mTempSymbol(int_type_node, NoPosition, 3)), mSymbol0()));
+  std::string declared;
+  const std::string text = f90.added([&] { declared = i_f90.added([&] { Fmake_forall_parallel_init(procs); }); });
+  EXPECT_EQ(
+      "interface | subroutine zc_init_parallel(init_func) | use zc_M, zc_this => zc_init_parallel | "
+      "use ZentricaPrecision | implicit none | integer, external :: init_func | "
+      "end subroutine oz_init_parallel | end interface",
+      lines_of(declared));
+  EXPECT_EQ(
+      "subroutine zc_init_parallel(init_func) | use zc_M, zc_this => zc_init_parallel | implicit none | "
+      "integer, external :: init_func | external zc_P4_init | external zc_P3_init | "
+      "!One call for each ForAll function | call zc_P4_init(init_func) | call zc_P3_init(init_func) | "
+      "end subroutine oz_init_parallel",
+      lines_of(text));
+}
+
 }  // namespace
 }  // namespace oz

@@ -159,16 +159,15 @@ tAsynt around(Asynt_tKind kind, tAsynt operand) {
   const auto is = [=](Asynt_tKind family) { return kind >= family && kind <= Asynt_TypeRange[family]; };
   const tAsynt t = Asynt_New(kind, Asynt_Schema.kinds[kind].field_count), b = name("b");
   if (kind == kXInequality) return mXInequality(list({b, mXLess(no_place(), mExpression0()), operand}));
-  Operator_PosConv(t) = no_place();
-  if (is(kVariadic)) {
-    Variadic_Expressions(t) = kind == kXPart ? list({operand, b}) : list({b, operand});
-    return t;
-  }
-  const bool first = is(kUnary) || kind == kXPut || kind == kXPutAppend || kind == kIndirect;
-  tree_raw_slot<tAsynt>(t, first ? 1 : 2) = operand;
-  if (kind == kXPut || kind == kXPutAppend) tree_raw_slot<tAsynt>(t, 2) = mFilename("f");
-  if (kind == kIndirect) tree_raw_slot<tAsynt>(t, 2) = b;
-  if (!first) tree_raw_slot<tAsynt>(t, 1) = kind == kDeriv ? mIntConst(1) : b;
+  size_t slot = 0;
+  if (Asynt_IsType(t, kOperator)) tree_raw_slot<tAsynt>(t, slot++) = no_place();
+  std::vector<tAsynt> fields = {b, operand};
+  if (is(kVariadic)) fields = {kind == kXPart ? list({operand, b}) : list({b, operand})};
+  if (is(kUnary)) fields = {operand};
+  if (kind == kXPut || kind == kXPutAppend) fields = {operand, mFilename("f")};
+  if (kind == kIndirect) fields = {operand, b};
+  if (kind == kDeriv) fields = {mIntConst(1), operand};
+  for (tAsynt field : fields) tree_raw_slot<tAsynt>(t, slot++) = field;
   return t;
 }
 
