@@ -228,9 +228,9 @@ TEST_F(Dig, External) {
 TEST_F(Dig, NamesOfTheModelInAText) {
   keep("real x; real array[3] v; real f[real y_] := y;");
   for (const auto& [text, types, messages] : table<3>(R"(
-      oz$Type[M`z, oz$Real] -->  -->      a[oz$Type[z, oz$Real], 2] --> a = none --> E1,1 Undefined (variable) symbol: M`a
+      oz$Type[M`z, oz$Real] --> -->   a[oz$Type[z, oz$Real], 2] --> a = none --> E1,1 Undefined (variable) symbol: M`a
       g[x, f[v], x] --> f = real; g = none; v = real[3]; x = real --> E1,1 Undefined (variable) symbol: M`g
-      )")) {
+    )")) {
     ffscan_SetString(text.c_str());
     ffscan_BeginFile("");
     const tAsynt body = ffparse(1);

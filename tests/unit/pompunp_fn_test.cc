@@ -156,8 +156,8 @@ TEST_F(PompFn, FunctionInAllFiles) {
           double  zc_O1; | intN  zc_O2; | M_Tf( x$,zc_O1,zc_O2); | ALPutFunction(stdlink,"List",2); | \
           lmif_return(zc_O1); | lmif_return(zc_O2);
       real array[_] f[real array[0] v_] := Module[{real array[_, 2] a}, v]; --> \
-          doubleN M_Tf ( const doubleN &v) | { | doubleNN a(0, 2); | return v; | } --> doubleN M_Tf ( const doubleN &); --> \
-          f[ v_List/;VectorQ[v,NumberQ]] {v} --> get_lumenNdouble(v); | lmif_return(M_Tf( v));
+          doubleN M_Tf ( const doubleN &v) | { | doubleNN a(0, 2); | return v; | } --> doubleN M_Tf ( const doubleN \
+          &); --> f[ v_List/;VectorQ[v,NumberQ]] {v} --> get_lumenNdouble(v); | lmif_return(M_Tf( v));
       {} f[bool b_] := Null; --> void M_Tf ( const int &b) | { | ;\s | } --> void M_Tf ( const int &); --> \
           f[ b_Integer] {b} --> get_int(b); | M_Tf( b); | lmif_return();
       real f[String s_] := extern "C++"; --> double f ( const RWCString &s) | ;  /* EXTERNAL  C++ */ --> \

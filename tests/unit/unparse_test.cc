@@ -63,9 +63,8 @@ TEST_F(UnparseTest, Declarations) {
 
 TEST_F(UnparseTest, Types) {
   for (const auto& [type, text] : table<2>(R"(
-      real[3,0] --> \sArray [3 ,0] of  Real\s                   int_s[-1] --> \sArray [-1] of  Integer\s
-      string --> \sString\s                                     multi(complex,bool) --> \sMultiType:[  Complex  Bool \s ]\s
-      none --> \sundefined type\s
+      real[3,0] --> \sArray [3 ,0] of  Real\s       int_s[-1] --> \sArray [-1] of  Integer\s      string --> \sString\s
+      multi(complex,bool) --> \sMultiType:[  Complex  Bool \s ]\s          none --> \sundefined type\s
     )"))
     EXPECT_EQ(text, printed(type_of_text(type)));
   expect_texts({{mArrayType(mRealType(nullptr), list({typed_tree("0")})), " Array [_] of  Real "},
