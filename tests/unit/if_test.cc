@@ -1,6 +1,6 @@
 // Conditionals rebuilt from lists of assignments to temporaries.
 //
-// Lists are written "T1 = E; T2 = E; y = T2" with E as type_text.h reads it; the result as "T1=a*b; If[c, T2=T1,
+// Lists are written "T1 = E; T2 = E; y = T2" with E as support.h reads it; the result as "T1=a*b; If[c, T2=T1,
 // T2=a]", where a branch may hold several statements.
 
 #include "if.h"
