@@ -7,6 +7,8 @@
     bench/generate.py cpp BYTES CALLS      the same for the C preprocessor
     bench/generate.py function OPERATIONS  a model with a function of so many operations
     bench/generate.py evaluate OPERATIONS  the body of an evaluate function, in quotes
+    bench/generate.py system TEMPORARIES   differential equations, whose right sides have so many operations
+    bench/generate.py nest DEPTH           the same with conditionals within one another
 
 A model is made of groups that are alike in kind and size, so that a longer model is more of the same and times of
 different sizes can be compared: constants and typed functions, a family of classes, then objects of these classes. The
@@ -362,6 +364,38 @@ def sympy_program(file, use):
     return SYMPY % {"names": PARAMETERS + LOCALS, "file": file} + use
 
 
+def equations(right_sides):
+    """A system in full-form text, from the right side of each variable."""
+    sides = ["Equal[Derivative[1][oz$Type[%s, oz$Real]][t], %s]" % item for item in right_sides.items()]
+    return "List[List[%s], List[t]]\n" % ",\n".join(sides)
+
+
+SYSTEM_OPERATIONS = 8  # of an equation
+
+
+def system(temporaries):
+    """Equations with a conditional each, which share no operation; no time."""
+    count = temporaries // SYSTEM_OPERATIONS
+    right = {}
+    for i in range(count):
+        x, y = "x%d[t]" % i, "x%d[t]" % ((i + 1) % count)
+        right["x%d" % i] = ("If[Greater[%s, 0.5], Plus[Times[%s, %s], Sin[%s]], Minus[Cos[Times[%s, 3.5]]]]"
+                            % (x, x, y, x, y))
+    return equations(right)
+
+
+NEST_OPERATIONS = 8  # of a level
+
+
+def nest(depth):
+    """An equation with conditionals within one another, each in the first branch of the one around it."""
+    inside = "x[t]"
+    for level in range(depth):
+        inside = ("If[Greater[Times[x[t], %d.5], y[t]], Plus[%s, Sin[Plus[y[t], %d.25]]], Cos[Times[x[t], %d.75]]]"
+                  % (level, inside, level, level))
+    return equations({"x": inside, "y": "x[t]"})
+
+
 def main():
     kind = sys.argv[1] if len(sys.argv) > 2 else ""
     if kind == "model":
@@ -372,6 +406,10 @@ def main():
         sys.stdout.write(function_model(int(sys.argv[2])))
     elif kind == "evaluate":
         sys.stdout.write(evaluate_body(int(sys.argv[2])))
+    elif kind == "system":
+        sys.stdout.write(system(int(sys.argv[2])))
+    elif kind == "nest":
+        sys.stdout.write(nest(int(sys.argv[2])))
     elif kind in ("m4", "cpp") and len(sys.argv) == 4:
         make = m4_macros if kind == "m4" else cpp_macros
         sys.stdout.write(make(int(sys.argv[2]), float(sys.argv[3])))

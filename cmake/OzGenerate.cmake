@@ -1,5 +1,5 @@
 # oz_generate(TARGET target MODEL model.oz FUNCTIONS Model/f ... [VARIABLES Model/x ...] [LANGUAGE C++|Fortran90]
-#             [NAME name] [LINK])
+#             [NAME name] [LINK | LINK_PROGRAM [NO_MAIN]] [CALLBACKS Model/ask ...])
 #
 # Compiles functions and global variables of a model into C++ or Fortran when the target is built, adds the result to
 # the target and lets it use the libraries of generated code. The header is <name>.h; the name is that of the model's
@@ -11,9 +11,16 @@
 #   TARGET     a library or an executable that exists already
 #   FUNCTIONS  paths with slashes: Model/f, object/part/f
 #   VARIABLES  the same; the word ALL stands for all typed variables
+#   CALLBACKS  functions that the host answers (language "Alg"); they need the link
 #   LINK       also the wrappers <name>if.cc, for calls over the link, and the library that they need
+#   LINK_PROGRAM
+#              the target, an executable, becomes a link program: the wrappers, and a main program that announces the
+#              functions to its host and serves calls of them. With NO_MAIN the target has a main program of its own,
+#              which gives the variables their values and calls AL_IF_main(argc, argv, AL_IF_functions,
+#              AL_IF_function_count) of alginter.h (in Fortran: alif_install_all() and then ALIF_MAIN()).
 function(oz_generate)
-  cmake_parse_arguments(PARSE_ARGV 0 arg "LINK" "TARGET;MODEL;LANGUAGE;NAME" "FUNCTIONS;VARIABLES")
+  cmake_parse_arguments(PARSE_ARGV 0 arg "LINK;LINK_PROGRAM;NO_MAIN" "TARGET;MODEL;LANGUAGE;NAME"
+                        "FUNCTIONS;VARIABLES;CALLBACKS")
   if(arg_UNPARSED_ARGUMENTS)
     message(FATAL_ERROR "oz_generate: unknown arguments: ${arg_UNPARSED_ARGUMENTS}")
   endif()
@@ -27,6 +34,15 @@ function(oz_generate)
   endif()
   if(NOT arg_FUNCTIONS AND NOT arg_VARIABLES)
     message(FATAL_ERROR "oz_generate: neither FUNCTIONS nor VARIABLES are given")
+  endif()
+  if(arg_LINK_PROGRAM AND NOT arg_FUNCTIONS)
+    message(FATAL_ERROR "oz_generate: a LINK_PROGRAM needs FUNCTIONS")
+  endif()
+  if(arg_CALLBACKS AND NOT arg_LINK AND NOT arg_LINK_PROGRAM)
+    message(FATAL_ERROR "oz_generate: CALLBACKS go with LINK or LINK_PROGRAM")
+  endif()
+  if(arg_NO_MAIN AND NOT arg_LINK_PROGRAM)
+    message(FATAL_ERROR "oz_generate: NO_MAIN goes with LINK_PROGRAM")
   endif()
   if(NOT arg_LANGUAGE)
     set(arg_LANGUAGE C++)
@@ -64,6 +80,9 @@ function(oz_generate)
   endif()
   set(sources ${base}${suffix})
   set(wrappers)
+  if(arg_LINK_PROGRAM)
+    set(arg_LINK TRUE)
+  endif()
   if(arg_LINK)
     list(APPEND sources ${base}if${suffix})
     set(wrappers -w)
@@ -71,6 +90,10 @@ function(oz_generate)
   set(functions)
   foreach(function ${arg_FUNCTIONS})
     list(APPEND functions f:${function})
+  endforeach()
+  # In Fortran a function with a body must come first, since it begins the part of the functions.
+  foreach(callback ${arg_CALLBACKS})
+    list(APPEND functions c:${callback})
   endforeach()
   set(variables)
   foreach(variable ${arg_VARIABLES})
@@ -91,8 +114,28 @@ function(oz_generate)
     DEPENDS ${model} oz::ozgen
     COMMENT "Generating ${arg_NAME}${suffix} from ${arg_MODEL}"
     VERBATIM)
+  if(arg_LINK_PROGRAM)
+    set(no_main)
+    if(arg_NO_MAIN)
+      set(no_main --no-main)
+    endif()
+    add_custom_command(
+      OUTPUT ${base}_link${suffix}
+      COMMAND oz::oztm ${no_main} -o ${base}_link${suffix} ${base}.tm
+      DEPENDS ${sources} oz::oztm
+      COMMENT "Generating ${arg_NAME}_link${suffix} from ${arg_NAME}.tm"
+      VERBATIM)
+    target_sources(${arg_TARGET} PRIVATE ${base}_link${suffix})
+  endif()
   target_sources(${arg_TARGET} PRIVATE ${sources} ${headers})
   if(fortran)
+    # Of two targets with one model in a directory each has its own module files.
+    get_target_property(modules ${arg_TARGET} Fortran_MODULE_DIRECTORY)
+    if(NOT modules)
+      set(modules ${folder}/modules)
+      set_target_properties(${arg_TARGET} PROPERTIES Fortran_MODULE_DIRECTORY ${modules})
+      target_include_directories(${arg_TARGET} PUBLIC $<BUILD_INTERFACE:${modules}>)
+    endif()
     set_source_files_properties(${sources} PROPERTIES Fortran_PREPROCESS ON COMPILE_OPTIONS -cpp
                                                       OBJECT_DEPENDS "${headers}")
   endif()

@@ -3,7 +3,7 @@ include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 set(package ${CMAKE_INSTALL_LIBDIR}/cmake/oz)
-install(TARGETS oz ozgen lumenmat alginter algelink EXPORT ozTargets
+install(TARGETS oz ozgen ozpeer oztm lumenmat alginter algelink EXPORT ozTargets
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 if(TARGET zentrica)

@@ -30,9 +30,6 @@ sys.dont_write_bytecode = True
 sys.path.insert(0, str(TESTS.parent / "tools" / "python"))
 import ozlink  # noqa: E402
 
-# Cannot be C++ by the generator's rules: an array that is returned and whose size the stub sets.
-NO_CPLUSPLUS = " Numerics`sorted"
-
 # File sets that no Fortran compiler takes, and why.
 UNCOMPILABLE = {
     "ladder": "an instance set as a variable: its subroutine stands in front of \"contains\"",
@@ -106,9 +103,8 @@ def compile_set(folder, base, options):
 
 def run_script(script, folder, options):
     runner.copy_models(script.parent, folder)
-    left_out = NO_CPLUSPLUS if script.parent.name == "cplusplus" else "\0"
-    subprocess.run([options.commands], input=script.read_text().replace(left_out, ""), text=True, cwd=folder,
-                   stdout=subprocess.DEVNULL, check=True)
+    subprocess.run([options.commands], input=script.read_text(), text=True, cwd=folder, stdout=subprocess.DEVNULL,
+                   check=True)
 
 
 def check_cplusplus(options):

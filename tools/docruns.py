@@ -19,18 +19,20 @@ import sys
 import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-PAGES = ["README.md", "docs/language.md", "docs/cpp.md", "docs/fortran.md", "docs/developing.md", "docs/schedules.md"]
+PAGES = ["README.md", "docs/language.md", "docs/cpp.md", "docs/external.md", "docs/fortran.md", "docs/runtime.md",
+         "docs/link.md", "docs/developing.md", "docs/schedules.md"]
 BLOCK = re.compile(r"^```console\n(.*?)^```$", re.MULTILINE | re.DOTALL)
 
 
 def folder_for_page(top, oz):
-    """What the commands of a page see: the tree's own files, the program as build/oz, and ozpar from beside it."""
+    """What the commands of a page see: the tree's own files, the program as build/oz, and others from beside it."""
     for entry in ROOT.iterdir():
         if not entry.name.startswith("build"):
             (top / entry.name).symlink_to(entry)
     (top / "build").mkdir()
     (top / "build" / "oz").symlink_to(oz)
-    (top / "build" / "ozpar").symlink_to(oz.parent / "ozpar")
+    for name in ["ozpar", "ozpeer", "oztm", "examples"]:
+        (top / "build" / name).symlink_to(oz.parent / name)
 
 
 def run_block(block, folder):

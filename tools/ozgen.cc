@@ -1,10 +1,11 @@
 // Generates one file set from a model, for build systems:
 //
-//   ozgen [-w] LANGUAGE DIRECTORY NAME MODEL ENTITY...
+//   ozgen [-w] [-p] LANGUAGE DIRECTORY NAME MODEL ENTITY...
 //
-// writes DIRECTORY/NAME.cc and so on. An entity is a function, f:Model/area, or a variable, v:Model/size; "v:" alone
-// stands for all typed variables. With -w there are wrappers for calls over the link. Messages go to standard error.
-// The status is 0 if there was no error among them: the files are complete then.
+// writes DIRECTORY/NAME.cc and so on. An entity is a function, f:Model/area, a function that the host answers,
+// c:Model/ask, or a variable, v:Model/size; "v:" alone stands for all typed variables. With -w there are wrappers for
+// calls over the link, but none for what the host answers. With -p parallel loops become tasks. Messages go to standard
+// error. The status is 0 if there was no error among them: the files are complete then.
 #include <unistd.h>
 
 #include <algorithm>
@@ -66,21 +67,27 @@ void generate(std::string entity, bool wrappers) {
   if (entity.compare(0, 2, "v:") == 0)
     need_ok(oz::al_generate_variable(name.c_str()), entity.c_str());
   else
-    need_ok(oz::al_generate_function(name.c_str(), wrappers ? 0 : 1), entity.c_str());
+    need_ok(oz::al_generate_function(name.c_str(), wrappers && entity[0] == 'f' ? 0 : 1), entity.c_str());
 }
 
 int usage() {
-  std::fputs("usage: ozgen [-w] LANGUAGE DIRECTORY NAME MODEL {f:FUNCTION | v:VARIABLE}...\n", stderr);
+  std::fputs("usage: ozgen [-w] [-p] LANGUAGE DIRECTORY NAME MODEL {f:FUNCTION | c:CALLBACK | v:VARIABLE}...\n",
+             stderr);
   return 2;
 }
 
-bool is_entity(const char* text) { return std::strncmp(text, "f:", 2) == 0 || std::strncmp(text, "v:", 2) == 0; }
+bool is_entity(const char* text) { return *text && std::strchr("fcv", *text) && text[1] == ':'; }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  const bool wrappers = argc > 1 && std::strcmp(argv[1], "-w") == 0;
-  char** const args = argv + 1 + wrappers;
+  bool wrappers = false, tasks = false;
+  char** args = argv + std::min(argc, 1);
+  for (; args < argv + argc && **args == '-'; args++) {
+    wrappers = wrappers || std::strcmp(*args, "-w") == 0;
+    tasks = tasks || std::strcmp(*args, "-p") == 0;
+    if (std::strcmp(*args, "-w") != 0 && std::strcmp(*args, "-p") != 0) return usage();
+  }
   if (argv + argc - args < 5 || !std::all_of(args + 4, argv + argc, is_entity)) return usage();
   const std::string name = args[2];
   std::error_code error;
@@ -96,7 +103,7 @@ int main(int argc, char** argv) {
   std::atexit(finish);
   std::string options;
   need_ok(oz::al_compile(model.c_str(), "", messages.files[0].c_str(), options.data()), model.c_str());
-  need_ok(oz::al_open_file(args[0], name.c_str(), "False"), args[0]);
+  need_ok(oz::al_open_file(args[0], name.c_str(), tasks ? "True" : "False"), args[0]);
   for (char** entity = args + 4; entity < argv + argc; entity++) generate(*entity, wrappers);
   need_ok(oz::al_close_file(), "closing the files");
   messages.complete = true;

@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <getopt.h>
 #include <strings.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -223,16 +224,29 @@ tAsynt verified(tAsynt system) {
   return system;
 }
 
-tAsynt system_in_text(const std::string& text) {
+const char* being_read = nullptr;  // the text that the reader is at work on
+
+// The reader, which is made for texts of the host, says little of what is wrong with others.
+void blame_text() {
+  if (being_read) std::fprintf(stderr, "ozpar: '%s' cannot be read as a system in full-form text\n", being_read);
+}
+
+tAsynt system_in_text(const char* file) {
+  const std::string text = read_text(file);
+  being_read = file;
+  std::atexit(blame_text);
   ffscan_SetString(text.c_str());
   ffscan_BeginFile("");
   tAsynt tree = ffparse(1);
   Comp_elim(tree, &tree, nullptr);
+  being_read = nullptr;
   return verified(tree);
 }
 
 // Runs the compiler up to the kept model. It ends standard error, which is wanted further on.
 void compile(const char* model) {
+  struct stat what {};
+  if (stat(model, &what) == 0 && S_ISDIR(what.st_mode)) refuse("cannot read '%s': %s", model, std::strerror(EISDIR));
   const int messages = dup(STDERR_FILENO);
   std::string program = "ozpar", keep = "-R", file = model;
   char* arguments[] = {program.data(), keep.data(), file.data(), nullptr};
@@ -266,9 +280,25 @@ tAsynt system_in_model(const char* model, const char* name) {
 
 const char* output_name = "standard output";
 
+const char* unfinished = nullptr;  // the file that is being written
+
+// Nobody shall take the beginning of a schedule for a schedule.
+void remove_unfinished() {
+  struct stat what {};
+  if (unfinished && stat(unfinished, &what) == 0 && S_ISREG(what.st_mode)) unlink(unfinished);
+}
+
+void open_output(const char* file) {
+  output_name = file;
+  if (!std::freopen(file, "w", stdout)) refuse("cannot write '%s': %s", file, std::strerror(errno));
+  unfinished = file;
+  std::atexit(remove_unfinished);
+}
+
 void close_output() {
   const bool failed = std::ferror(stdout) != 0;
   if (std::fclose(stdout) != 0 || failed) refuse("cannot write '%s'", output_name);
+  unfinished = nullptr;
 }
 
 // The printer of sources has no form for a conversion, and the generators write what is inside.
@@ -490,11 +520,8 @@ int main(int argc, char** argv) {
   bigbuf_init();
   init_operator_name();
   ode_Exit = not_a_system;
-  const tAsynt system = r.model ? system_in_model(r.model, r.source) : system_in_text(read_text(r.source));
-  if (r.output) {
-    output_name = r.output;
-    if (!std::freopen(r.output, "w", stdout)) refuse("cannot write '%s': %s", r.output, std::strerror(errno));
-  }
+  const tAsynt system = r.model ? system_in_model(r.model, r.source) : system_in_text(r.source);
+  if (r.output) open_output(r.output);
   write_product(system, r);
   close_output();
   return 0;

@@ -15,6 +15,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
@@ -30,6 +31,7 @@
 
 #include "algelink.h"
 #include "expr.h"
+#include "pattern.h"
 #include "session.h"
 
 namespace {
@@ -65,7 +67,8 @@ pid_t child = 0;
 bool child_reported = false;
 int child_status = 0;
 std::map<std::string, Command> commands;
-std::string last_answer;
+std::map<std::string, Expr> replies;  // what evaluations of a function are answered with
+std::string last_answer;              // or what the last packet held
 Clock::time_point deadline;
 std::atomic<int> messages[8];
 
@@ -138,39 +141,22 @@ void report_end() {
 
 // ---- the definitions
 
-std::vector<std::string> names_in(const std::string& text) {
-  std::vector<std::string> names;
-  std::string name;
-  for (const char c : text + " ") {
-    if (std::isalnum(static_cast<unsigned char>(c)) || c == '$' || c == '_') {
-      name += c;
-    } else if (!name.empty()) {
-      names.push_back(name);
-      name.clear();
-    }
-  }
-  return names;
-}
-
 // From "Open[file_String, lang_String]" and "{ lang, file }".
 bool learn(const std::string& pattern, const std::string& arguments, int number) {
-  const size_t bracket = pattern.find('[');
-  if (bracket == std::string::npos) return false;
+  oz::Pattern p;
+  std::vector<std::string> on_wire;
+  if (!oz::parse_pattern(pattern, &p) || !oz::parse_name_list(arguments, &on_wire)) return false;
   Command c;
   c.number = number;
-  for (const std::string& formal : names_in(pattern.substr(bracket))) {
-    const size_t blank = formal.find('_');
-    c.names.push_back(formal.substr(0, blank));
-    c.types.push_back(blank == std::string::npos ? "" : formal.substr(blank + 1));
-  }
-  for (const std::string& name : names_in(arguments)) {
-    size_t place = 0;
-    while (place < c.names.size() && c.names[place] != name) place++;
-    if (place == c.names.size()) return false;
+  for (const std::string& name : on_wire) {
+    const size_t place = static_cast<size_t>(std::find(p.names.begin(), p.names.end(), name) - p.names.begin());
+    if (place == p.names.size()) return false;
     c.order.push_back(place);
   }
-  commands[pattern.substr(0, bracket)] = c;
-  say("define " + std::to_string(number) + " " + pattern.substr(0, bracket) + " " + arguments);
+  c.names = p.names;
+  c.types = p.types;
+  commands[p.name] = c;
+  say("define " + std::to_string(number) + " " + p.name + " " + arguments);
   return true;
 }
 
@@ -180,7 +166,8 @@ void read_definitions() {
     if (e.type == ALSymbolToken && e.text == "End") return;
     const bool definition = e.parts.size() == 4 && e.parts[0].text == "DefineExternal" &&
                             learn(e.parts[1].text, e.parts[2].text, std::atoi(e.parts[3].text.c_str()));
-    if (!definition) say("evaluate " + oz::expr_text(e));
+    // A string is for a host to evaluate.
+    if (!definition && e.type != ALStringToken) say("evaluate " + oz::expr_text(e));
   }
   lost();
 }
@@ -281,6 +268,13 @@ int packet_code(const Expr& e) {
   return found == kCodes.end() ? 0 : found->second;
 }
 
+// Answers the evaluation of a function that has a reply.
+void answer_evaluation(const Expr& e) {
+  if (e.type != ALFunctionToken) return;
+  const auto found = replies.find(e.parts[0].text);
+  if (found != replies.end()) send_packet(oz::make_function("ReturnPacket", {found->second}));
+}
+
 // One packet of the program. True for an answer, false for another packet.
 bool read_one() {
   start_time();
@@ -290,9 +284,10 @@ bool read_one() {
   report_messages();
   const int code = packet_code(e);
   if (code != 0) {
-    std::string inside;
-    for (size_t i = 1; i < e.parts.size(); i++) inside += " " + oz::expr_text(e.parts[i]);
-    say("packet " + std::to_string(code) + inside);
+    last_answer.clear();
+    for (size_t i = 1; i < e.parts.size(); i++) last_answer += (i > 1 ? " " : "") + oz::expr_text(e.parts[i]);
+    say("packet " + std::to_string(code) + (last_answer.empty() ? "" : " ") + last_answer);
+    if (code == ALEvaluatePacket && e.parts.size() == 2) answer_evaluation(e.parts[1]);
     return false;
   }
   last_answer = oz::expr_text(e);
@@ -309,13 +304,19 @@ void call_number(int number, std::vector<Expr> arguments) {
       oz::make_function("CallPacket", {oz::make_integer(number), oz::make_function("List", std::move(arguments))}));
 }
 
+// A number without a point is a real one where that is wanted.
+Expr as_declared(Expr e, const std::string& type) {
+  if (type == "Real" && e.type == ALIntegerToken) e.type = ALRealToken;
+  return e;
+}
+
 bool call_command(const std::string& name, const std::vector<Expr>& arguments) {
   const auto found = commands.find(name);
   if (found == commands.end()) return false;
   const Command& c = found->second;
   if (arguments.size() != c.names.size()) wrong_line(name + " takes " + std::to_string(c.names.size()) + " arguments");
   std::vector<Expr> on_wire;
-  for (const size_t place : c.order) on_wire.push_back(arguments[place]);
+  for (const size_t place : c.order) on_wire.push_back(as_declared(arguments[place], c.types[place]));
   call_number(c.number, std::move(on_wire));
   return true;
 }
@@ -430,6 +431,11 @@ void run_connected(const std::string& word, const std::string& rest) {
   if (word == "close" || word == "drop") return close_peer(word == "drop");
   std::vector<Expr> words = arguments_of(rest);
   if (word == "packet") return send_coded_packet(words);
+  if (word == "reply") {
+    if (words.size() != 2) wrong_line("reply needs a function and a value");
+    replies[words[0].text] = words[1];
+    return;
+  }
   if (word == "call") {
     if (words.empty()) wrong_line("call needs a number");
     const int number = std::atoi(words[0].text.c_str());

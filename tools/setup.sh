@@ -31,6 +31,11 @@ has_fuzzer() {
     probe clang++ -fsanitize=fuzzer
 }
 
+has_lapack() {
+  echo 'extern "C" void dgesv_();
+    int main() { dgesv_(); }' | probe g++ -Wl,--no-as-needed -llapack -lblas
+}
+
 has() { command -v "$1" >/dev/null; }
 
 # The packages that a group lacks, one a line.
@@ -47,6 +52,8 @@ lacking() {
       has gfortran || echo gfortran
       has mpicxx || echo libopenmpi-dev
       has mpirun || echo openmpi-bin
+      has_lapack || printf '%s\n' liblapack-dev libblas-dev
+      has gnuplot || echo gnuplot-nox
       has clang-format || echo clang-format
       has clang-tidy || echo clang-tidy
       has clang++ || echo clang

@@ -35,7 +35,7 @@ pointerToIndex* attributes_of_declaration(tAsynt decl) {
 void ChangeAttr(tAsynt decl, const char* attr, tAsynt val) {
   pointerToIndex* attributes = attributes_of_declaration(decl);
   if (!attributes) die_msg("Failed to change attribute for %s\n", unparse_string(decl));
-  if (!*attributes) *attributes = make_index(linked_list, 4);
+  if (!*attributes) *attributes = make_node_index(4);
   while (remove_from_entry(*attributes, attr) >= 1) {
   }
   if (val) add_to_entry(*attributes, val, attr);

@@ -7,7 +7,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "cse.h"
 #include "dig.h"
@@ -145,6 +147,44 @@ void forget(tIndex* index) {
   *index = nullptr;
 }
 
+// What remember has been given or made, but for the instances, which a second call gets again.
+void forget_indices() {
+  forget(&compilables);
+  forget(&alltypes);
+}
+
+// ---- memory
+
+// The first node of all runs, and the first behind the kept model.
+std::optional<Asynt_Place> run_start;
+Asynt_Place model_end;
+
+// What commands may leave behind before it is looked for. To look means to walk over the model, which must not be done
+// more often than it pays. Sanitizer builds do it each time, so that they find who still uses what is given back.
+unsigned long tolerated_garbage() {
+#ifdef OZ_SANITIZE
+  return 0;
+#else
+  constexpr unsigned long kSmall = 1 << 20;
+  return kSmall + (model_end.used - run_start->used) / 4;
+#endif
+}
+
+// What modules hold between commands is made afresh: the nodes of the types, and the list of task procedures, of which
+// nobody asks for earlier ones.
+void release_since(const Asynt_Place& start) {
+  Asynt_ReleaseSince(start);
+  Begintype();
+  forall_init_procs = mSymbol0();
+}
+
+void add_entries(tIndex index, std::vector<tAsynt>* roots) {
+  if (!index) return;
+  Iter* keys = start_iter(index);
+  while (const tAsynt* entries = iter_next(keys))
+    for (; *entries; entries++) roots->push_back(*entries);
+}
+
 // What declares a waiting variable: symbol information, or a definition. Null for what is neither.
 tAsynt declared_thing(tAsynt var) {
   if (Asynt_IsType(var, kSymbol)) return Symbol_SymInfo(var);
@@ -156,6 +196,7 @@ tAsynt declared_thing(tAsynt var) {
 // ---- the kept model
 
 void remember(tAsynt model, tIndex c, tIndex i) {
+  forget_indices();
   saved_model = model;
   compilables = c;
   instances = i;
@@ -168,6 +209,33 @@ void remember(tAsynt model, tIndex c, tIndex i) {
   model_name_text = GetModelName(saved_model);
   model_name = model_name_text.c_str();
   forget(&generated_instances);
+  model_end = Asynt_Here();
+}
+
+void forget_model() {
+  if (!run_start) {
+    predefined_names();  // made once for all runs
+    run_start = Asynt_Here();
+    return;
+  }
+  if (genlang != none) return;
+  forget_indices();
+  forget(&instances);
+  saved_model = nullptr;
+  delete_node_indices();
+  release_since(*run_start);
+  model_end = *run_start;
+}
+
+void collect_garbage() {
+  if (!saved_model || Asynt_UsedSince(model_end) <= tolerated_garbage()) return;
+  std::vector<tAsynt> roots = {saved_model};
+  for (const tIndex index : {compilables, alltypes, instances, deferred_decls, generated_instances})
+    add_entries(index, &roots);
+  if (Asynt_ReachSince(model_end, roots))
+    model_end = Asynt_Here();
+  else
+    release_since(model_end);
 }
 
 tAsynt find_compilable(const char* key) { return first_entry(compilables, key); }
@@ -251,7 +319,7 @@ void remember_vardecl(tAsynt var) {
     return;
   }
   if (!deferred_decls) deferred_decls = make_index(hash_table, kKeptEntries);
-  UnparseWithoutDynBrackets(&strbuf, var);
+  UnparseWithoutDynBrackets(&strbuf, Asynt_IsType(var, kXSetDelayed) ? Binary_LHS(var) : var);
   create_entry(deferred_decls, var, strbuf.c_str());
 }
 

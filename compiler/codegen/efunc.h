@@ -32,8 +32,16 @@ extern string fun_name;
 // ---- the kept model
 
 // Keeps a model, its functions and its instances for later commands, in the place of the one before. Attributes that
-// the model changes are changed; the indices stay the caller's to release, which nobody needs to do.
+// the model changes are changed. The indices of functions and instances are released with the model.
 void remember(tAsynt model, tIndex c, tIndex i);
+
+// A run of the compiler begins: gives back the trees of the run before and of the commands on it, the kept model with
+// them. While a file set is open they stay, since the set may still have to declare the model's variables.
+void forget_model();
+
+// A command begins: gives back what the commands before it have made, once that is more than a share of the model. The
+// model itself may have come to refer to what they made; that stays.
+void collect_garbage();
 
 // The first entry of a key among the functions, among the typed variables; or null.
 tAsynt find_compilable(const char* key);

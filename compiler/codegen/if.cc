@@ -78,7 +78,7 @@ char add_dep_to_tree(tAsynt* t) {
 
 void add_deps(tAsynt expr, Numbers* needs) {
   current_dep = needs;
-  WalkAsynt(&expr, add_dep_to_tree);
+  TraverseAsyntTD2(&expr, add_dep_to_tree);
 }
 
 void insert_temporary(unsigned number, tAsynt set) {

@@ -14,6 +14,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <unordered_set>
 
 #include "Errors.h"
 #include "StringMem.h"
@@ -37,8 +38,9 @@ namespace {
 tAsynt E0 = nullptr, S0 = nullptr;  // no expressions, no symbols
 tAsynt TimeVar = nullptr;
 tAsynt InVars = nullptr, OutVars = nullptr;
-tAsynt equation = nullptr;   // the one at work
-string used_time = nullptr;  // the name under which time is used; null: it is not
+tAsynt equation = nullptr;               // the one at work
+std::unordered_set<std::string> solved;  // the variables that have an equation
+string used_time = nullptr;              // the name under which time is used; null: it is not
 
 [[noreturn]] void routine_failed(const char* routine) {
   std::fprintf(stderr, "Error: module ode, routine %s failed\n", routine);
@@ -208,6 +210,7 @@ bool to_assignment(tAsynt* t) {
   if (!is_derivative(e.left)) return false;
   if (!is_first_order(Binary_LHS(e.left))) warn("A higher derivative is taken for the first one");
   const tAsynt variable = Binary_RHS(e.left);
+  if (!solved.insert(unparse_string(variable)).second) warn("The variable has an equation already");
   SeparateVars(&Symbol_SymInfo(variable));
   *t = mXSet(mkConvPos(e.position), variable, e.right);
   return true;
@@ -241,6 +244,7 @@ tAsynt Transform_diffeqs(tAsynt t, tAsynt* i, tAsynt* o) {
   const tAsynt time = listed ? element_at(Variadic_Expressions(t), 1) : nullptr;
   if (Asynt_Kind(equations) != kXList || Asynt_Kind(time) != kXList) routine_failed("Transform_diffeqs");
   used_time = nullptr;
+  solved.clear();
   Remove_time(Variadic_Expressions(equations), Variadic_Expressions(time));
   Remove_deriv(Variadic_Expressions(equations));
   CheckAsynt(Variadic_Expressions(equations));

@@ -40,16 +40,6 @@ namespace {
 
 Index* ff_index = nullptr;  // the names of the text at work that are not predefined
 
-// The predefined names. They are made once: a process reads many short texts, and no reader changes them.
-const Index* predefined_names() {
-  static Index* names = nullptr;
-  if (!names) {
-    names = make_index(hash_table, 1);
-    index_init_predefs(names);
-  }
-  return names;
-}
-
 tAsynt make_marker(string name, tAsynt type) {
   const tAsynt marker = mAbsoluteSymbol(type, NoPosition, name, mExpression0());
   create_entry(ff_index, marker, name);
@@ -76,6 +66,15 @@ tAsynt make_context_symbol(std::string_view path, tPosition position) {
 }
 
 }  // namespace
+
+const Index* predefined_names() {
+  static Index* names = nullptr;
+  if (!names) {
+    names = make_index(hash_table, 1);
+    index_init_predefs(names);
+  }
+  return names;
+}
 
 void ff_init_index() {
   if (ff_index) delete_index(ff_index);

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "Positions.h"
+#include "index.h"
 #include "treefwd.h"
 
 namespace oz {
@@ -16,6 +17,10 @@ extern tAsynt ff_oztype_sym, ff_ozmultitype_sym, ff_ozreal_sym, ff_ozint_sym, ff
 // Reads the text that ffscan_BeginFile started on. With cheap_parse the tree is as plain as the text; otherwise
 // component names are eliminated and Veri_trans_tree has passed over it. Every fault of the grammar is fatal.
 tAsynt ffparse(char cheap_parse);
+
+// The predefined names. They are made once, since a process reads many short texts, and no reader changes them: the
+// first call comes before trees that are given back.
+const Index* predefined_names();
 
 // Makes the index of names afresh: beside the predefined names it holds the type markers.
 void ff_init_index();

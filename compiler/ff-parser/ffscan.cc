@@ -143,7 +143,7 @@ int real_token(string text, char* q) {
   return token(fftReal, q);
 }
 
-string text_up_to(const char* q) { return scan_keep_text(in.cursor, static_cast<size_t>(q - in.cursor)); }
+string text_up_to(const char* q) { return Asynt_KeepText({in.cursor, static_cast<size_t>(q - in.cursor)}); }
 
 int illegal() {
   const unsigned char c = static_cast<unsigned char>(*in.cursor);
@@ -171,7 +171,7 @@ int integer(const char* digits, char* q) {
   if (is_large(digits, q, digits > in.cursor)) {
     warning_msg_pos2(ffscan_Attribute.Position, "Large integer constant %s.  Converted to real.", text);
     const std::string real = std::string(text) + ".0";
-    return real_token(scan_keep_text(real.data(), real.size()), q);
+    return real_token(Asynt_KeepText(real), q);
   }
   ffscan_Attribute.Text = text;
   ffscan_Attribute.Node = mExactIntConst(text);
@@ -211,7 +211,7 @@ int string_token() {
   char* q = in.cursor + 1;
   while (!is(*q, cNoString)) q++;
   if (*q != '"') return illegal();
-  ffscan_Attribute.Text = scan_keep_text(in.cursor + 1, static_cast<size_t>(q - in.cursor - 1));
+  ffscan_Attribute.Text = Asynt_KeepText({in.cursor + 1, static_cast<size_t>(q - in.cursor - 1)});
   ffscan_Attribute.Node = mStringConst(ffscan_Attribute.Text);
   return token(fftString, q + 1);
 }

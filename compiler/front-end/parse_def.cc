@@ -200,7 +200,7 @@ Index* attributes() {
     list.push_back({key, mStringConst(take<kValue>(tokString).Text)});
     at<may(tokId)>();
   } while (token == tokId);
-  Index* index = make_index(linked_list, 4);
+  Index* index = make_node_index(4);
   for (auto a = list.rbegin(); a != list.rend(); ++a) create_entry(index, a->value, a->key);
   return index;
 }

@@ -195,7 +195,7 @@ int token(int code, const char* q) {
 }
 
 int text_token(int code, const char* q) {
-  scan_Attribute.Text = scan_keep_text(in.cursor, static_cast<size_t>(q - in.cursor));
+  scan_Attribute.Text = Asynt_KeepText({in.cursor, static_cast<size_t>(q - in.cursor)});
   return token(code, q);
 }
 
@@ -271,7 +271,7 @@ int scan_string() {
     }
   }
   if (*q != '"') return scan_illegal();
-  scan_Attribute.Text = scan_keep_text(in.cursor + 1, static_cast<size_t>(q - in.cursor - 1));
+  scan_Attribute.Text = Asynt_KeepText({in.cursor + 1, static_cast<size_t>(q - in.cursor - 1)});
   return token(tokString, q + 1);
 }
 

@@ -14,6 +14,32 @@
 namespace oz {
 namespace {
 
+// The free part of the current block of texts.
+char* text_free = nullptr;
+size_t text_left = 0;
+constexpr size_t kTextBlock = 16384;
+
+char* take_bytes(size_t size) {
+  if (size > kTextBlock / 4) return Alloc(size);
+  if (size > text_left) {
+    text_free = Alloc(kTextBlock);
+    text_left = text_free ? kTextBlock : 0;
+    if (!text_free) return nullptr;
+  }
+  char* bytes = text_free;
+  text_free += size;
+  text_left -= size;
+  return bytes;
+}
+
+string keep_name(const char* text, size_t length) {
+  char* copy = take_bytes(length + 1);
+  if (!copy) die_msg("Out of memory. malloc failed.");
+  std::memcpy(copy, text, length);
+  copy[length] = 0;
+  return copy;
+}
+
 struct NameSlot {
   uint64_t hash;
   ScanName* name;  // null: free
@@ -50,7 +76,7 @@ void double_slots(NameTable* table) {
 ScanName& intern(NameTable* table, const char* text, size_t length, uint64_t hash) {
   NameSlot* slot = find_slot(table, text, length, hash);
   if (slot->name) return *slot->name;
-  table->names.push_back({scan_keep_text(text, length), length, 0, 0, nullptr});
+  table->names.push_back({keep_name(text, length), length, 0, 0, nullptr});
   ScanName& name = table->names.back();
   *slot = {hash, &name};
   if (2 * table->names.size() > table->slots.size()) double_slots(table);
@@ -75,37 +101,11 @@ NameTable make_table() {
   return table;
 }
 
-// The free part of the current block of texts.
-char* text_free = nullptr;
-size_t text_left = 0;
-constexpr size_t kTextBlock = 16384;
-
-char* take_bytes(size_t size) {
-  if (size > kTextBlock / 4) return Alloc(size);
-  if (size > text_left) {
-    text_free = Alloc(kTextBlock);
-    text_left = text_free ? kTextBlock : 0;
-    if (!text_free) return nullptr;
-  }
-  char* bytes = text_free;
-  text_free += size;
-  text_left -= size;
-  return bytes;
-}
-
 }  // namespace
 
 ScanName& scan_intern(const char* text, size_t length, uint64_t hash) {
   static NameTable table = make_table();
   return intern(&table, text, length, hash);
-}
-
-string scan_keep_text(const char* text, size_t length) {
-  char* copy = take_bytes(length + 1);
-  if (!copy) die_msg("Out of memory. malloc failed.");
-  std::memcpy(copy, text, length);
-  copy[length] = 0;
-  return copy;
 }
 
 }  // namespace oz

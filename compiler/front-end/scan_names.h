@@ -1,4 +1,4 @@
-// The texts that tokens leave behind: one table of all identifiers, and an arena for the rest. Nothing here is freed.
+// The texts of identifiers: one table, which is never freed.
 #pragma once
 
 #include <cstddef>
@@ -25,8 +25,5 @@ inline uint64_t scan_hash_step(uint64_t hash, char c) {
 
 // The entry of a text; made when it is new.
 ScanName& scan_intern(const char* text, size_t length, uint64_t hash);
-
-// A terminated copy of a text.
-string scan_keep_text(const char* text, size_t length);
 
 }  // namespace oz

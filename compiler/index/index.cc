@@ -9,6 +9,7 @@
 #include "index.h"
 
 #include <cstring>
+#include <vector>
 
 #include "ememory.h"
 #include "hash.h"
@@ -20,6 +21,7 @@ struct Iter {
   element* position;  // list: the next element; table: the rest of the bucket's chain
   int bucket;         // table only
   const char* last_key;
+  bool ended;
   Iter* older;  // iterations of an index are freed with it
 };
 
@@ -37,6 +39,8 @@ struct Index {
 namespace {
 
 constexpr int kLongList = 8;
+
+std::vector<Index*> node_indices;
 
 element* find_in_list(const Index* index, const char* key) {
   if (index->finder) return finder_get(index->finder, key, std::strlen(key) + 1);
@@ -100,6 +104,16 @@ Index* make_index(int type, int size_hint) {
   return index;
 }
 
+Index* make_node_index(int size_hint) {
+  node_indices.push_back(make_index(linked_list, size_hint));
+  return node_indices.back();
+}
+
+void delete_node_indices() {
+  for (Index* index : node_indices) delete_index(index);
+  node_indices.clear();
+}
+
 char create_entry(Index* index, tAsynt entry, const char* key) {
   element* e = find(index, key);
   if (e && e->index_info.used_size > 0) return 0;
@@ -147,10 +161,15 @@ void delete_index(Index* index) {
   efree(index);
 }
 
+// The last iterator serves again when it has come to its end: an index that lives long is gone through many times.
 Iter* start_iter(const Index* index) {
-  Iter* iter = static_cast<Iter*>(emalloc(sizeof(Iter)));
-  *iter = {index, index->first, -1, nullptr, index->iterations};
-  index->iterations = iter;
+  Iter* iter = index->iterations;
+  if (!iter || !iter->ended) {
+    iter = static_cast<Iter*>(emalloc(sizeof(Iter)));
+    iter->older = index->iterations;
+    index->iterations = iter;
+  }
+  *iter = {index, index->first, -1, nullptr, false, iter->older};
   return iter;
 }
 
@@ -162,7 +181,10 @@ tAsynt* iter_next(Iter* iter) {
     iter->position = e->next;
   else
     e = nullptr;
-  if (!e) return nullptr;
+  if (!e) {
+    iter->ended = true;
+    return nullptr;
+  }
   iter->last_key = e->str;
   return e->index_info.entries;
 }

@@ -15,6 +15,10 @@ struct Iter;
 // A new index; size_hint is the initial number of entries per key (below 1 counts as 1). Released by delete_index.
 Index* make_index(int type, int size_hint);
 
+// The same as a list that a field of a node holds; and the end of all these lists, which comes when all trees end.
+Index* make_node_index(int size_hint);
+void delete_node_indices();
+
 // Adds a key with its first entry. 0 if the key already has entries, and then nothing changes; else 1.
 // The key is copied, the entry stays the tree's.
 char create_entry(Index* index, tAsynt entry, const char* key);
@@ -37,7 +41,7 @@ void delete_index(Index* index);
 
 // Iteration over the keys: a list from the newest key to the oldest, a table by bucket. Entries of the key just
 // returned may be removed meanwhile; where that takes a key out of a table, the table may shrink and a later key be
-// passed over. There is no end call: an iterator lives as long as its index.
+// passed over. There is no end call: an iterator is used until it has come to its end, and lives as long as its index.
 Iter* start_iter(const Index* index);
 
 // The entries of the next key, or null at the end; iter_key is the key of the last call.

@@ -19,7 +19,6 @@
 
 #include "Asynt.h"
 #include "Errors.h"
-#include "ememory.h"
 #include "oz.h"
 #include "ozerrors.h"
 #include "scan.h"
@@ -251,7 +250,7 @@ tAsynt MkName(const char* s) { return mSymbol(mAbsoluteSymbol(mNoType(), NoPosit
 tAsynt FFE1(const char* s, tAsynt e) { return mSimpleFFE(list1(e), MkName(s)); }
 tAsynt FFE2(const char* s, tAsynt e1, tAsynt e2) { return mSimpleFFE(list2(e1, e2), MkName(s)); }
 
-tAsynt Stringify(tAsynt e) { return mStringConst(estrdup(unparse_string(e))); }
+tAsynt Stringify(tAsynt e) { return mStringConst(Asynt_KeepText(unparse_string(e))); }
 
 tAsynt SuffMangle(tAsynt exp, const char* suffix) {
   tAsynt head = exp;
@@ -259,7 +258,7 @@ tAsynt SuffMangle(tAsynt exp, const char* suffix) {
     head = Asynt_Kind(head) == kSimpleFFE ? SimpleFFE_Name(head) : ComplexFFE_Name(head);
   if (Asynt_Kind(head) != kSymbol || !Asynt_IsType(Symbol_SymInfo(head), kNamedSymbol)) routine_failed("SuffMangle");
   string* name = &NamedSymbol_Name(Symbol_SymInfo(head));
-  *name = estrdup((std::string("oz$") + *name + "$" + suffix).c_str());
+  *name = Asynt_KeepText(std::string("oz$") + *name + "$" + suffix);
   return exp;
 }
 

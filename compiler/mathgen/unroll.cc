@@ -14,7 +14,6 @@
 #include <string>
 
 #include "Errors.h"
-#include "ememory.h"
 #include "oz.h"
 #include "ozerrors.h"
 #include "ozt.h"
@@ -68,7 +67,7 @@ struct Surroundings {
 };
 
 // A name, copied for good.
-string printed(tAsynt t) { return estrdup(unparse_string(t)); }
+string printed(tAsynt t) { return Asynt_KeepText(unparse_string(t)); }
 
 // ---- the frame of an instance
 
@@ -92,8 +91,8 @@ Chain BeginInst(tAsynt inst, const Actuals& actuals) {
 // The package first clears what an earlier load left of the instance.
 void EndInst() {
   const std::string all = std::string(unparse_string(current_instance_context)) + "`*";
-  prepend(&laundry_list, FFE1("Remove", mStringConst(estrdup(all.c_str()))));
-  prepend(&laundry_list, FFE1("Clear", mStringConst(estrdup(all.c_str()))));
+  prepend(&laundry_list, FFE1("Remove", mStringConst(Asynt_KeepText(all))));
+  prepend(&laundry_list, FFE1("Clear", mStringConst(Asynt_KeepText(all))));
 }
 
 bool in_set() { return Asynt_Kind(current_indices) == kExpression1; }

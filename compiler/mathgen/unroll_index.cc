@@ -9,7 +9,6 @@
 #include <string>
 #include <unordered_set>
 
-#include "ememory.h"
 #include "oz.h"
 #include "ozt.h"
 #include "unroll_parts.h"
@@ -295,7 +294,7 @@ tAsynt patternized(tAsynt indices) {
 tAsynt AddToIndexString(tAsynt current, tAsynt inst, tAsynt indices) {
   const std::string name = std::string(NamedSymbol_Name(Symbol_SymInfo(Object_Name(inst)))) + "[";
   tAsynt part =
-      StringJoin(list_of(host_text(estrdup(name.c_str())), StringJoin(MkIndicesExps(indices)), host_text("]")));
+      StringJoin(list_of(host_text(Asynt_KeepText(name)), StringJoin(MkIndicesExps(indices)), host_text("]")));
   return current ? StringJoin(list_of(current, host_text("`"), part)) : part;
 }
 

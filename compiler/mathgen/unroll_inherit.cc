@@ -10,7 +10,6 @@
 #include <string_view>
 #include <unordered_map>
 
-#include "ememory.h"
 #include "index.h"
 #include "nesting.h"
 #include "oz.h"
@@ -42,7 +41,7 @@ tAsynt this_context() {
   return this_group->node;
 }
 
-string printed(tAsynt t) { return estrdup(unparse_string(t)); }
+string printed(tAsynt t) { return Asynt_KeepText(unparse_string(t)); }
 
 // ---- formals and actuals
 

@@ -1,17 +1,20 @@
-// The tree's pools, and the kit's operations under the tree's name.
+// The pools of nodes and texts, and the kit's operations under the tree's name.
 
 #include "Asynt.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <iterator>
 #include <vector>
 
 #include "Memory.h"
+#include "ememory.h"
 #include "ozerrors.h"
 #include "treekit_ops.h"
 
 #ifdef OZ_SANITIZE
-// Nodes and their texts are never returned, so that leak checking has nothing to say.
+// Nodes and their texts are not returned at the end of the process, so that leak checking has nothing to say.
 extern "C" const char* __asan_default_options() { return "detect_leaks=0"; }
 #endif
 
@@ -35,6 +38,7 @@ struct PoolTail {
   char* end;       // behind its last node; of the current pool that is Asynt_PoolFreePtr
 };
 char* yyBlockList = nullptr;  // the current pool
+char* spare_pools = nullptr;  // given back, by their previous
 
 PoolTail* tail_of(char* pool) { return reinterpret_cast<PoolTail*>(pool + kPoolSize); }
 
@@ -44,7 +48,66 @@ size_t max_node_size() {
     if (Asynt_NodeSize(static_cast<unsigned>(k)) > size) size = Asynt_NodeSize(static_cast<unsigned>(k));
   return size;
 }
+
+// Below this mark there is room for a node of any kind.
+char* pool_limit(char* pool) {
+  static const size_t max_size = max_node_size();
+  return pool + kPoolSize + 1 - max_size;
+}
 #endif
+
+// ---- texts
+
+#ifdef OZ_SANITIZE
+std::vector<char*> all_texts;
+#else
+constexpr size_t kTextBlock = 16384;
+
+// What the texts of a block follow.
+struct TextHead {
+  char* previous;
+  size_t size;  // of the whole block
+};
+char* text_block = nullptr;  // the current one
+char* text_free = nullptr;   // its free part
+char* text_end = nullptr;
+
+// A new block, with room for a text of so many bytes at least.
+void next_text_block(size_t need) {
+  const size_t size = sizeof(TextHead) + std::max(need, kTextBlock);
+  char* const block = static_cast<char*>(emalloc(size));
+  *reinterpret_cast<TextHead*>(block) = {text_block, size};
+  text_block = block;
+  text_free = block + sizeof(TextHead);
+  text_end = block + size;
+  Asynt_HeapUsed += size;
+}
+
+void release_texts(const Asynt_Place& start) {
+  while (text_block != start.text_block) {
+    char* const block = text_block;
+    text_block = reinterpret_cast<TextHead*>(block)->previous;
+    efree(block);
+  }
+  text_free = start.text_free;
+  text_end = text_block ? text_block + reinterpret_cast<TextHead*>(text_block)->size : nullptr;
+}
+#endif
+
+// Room for a text of so many bytes.
+char* text_room(size_t size) {
+#ifdef OZ_SANITIZE
+  char* const text = static_cast<char*>(emalloc(size));
+  all_texts.push_back(text);
+  Asynt_HeapUsed += size;
+  return text;
+#else
+  if (static_cast<size_t>(text_end - text_free) < size) next_text_block(size);
+  char* const text = text_free;
+  text_free += size;
+  return text;
+#endif
+}
 
 tAsynt alloc_for_copy(size_t fields) { return Asynt_NewRaw(kNoAsynt, fields); }
 
@@ -59,16 +122,18 @@ char* Asynt_Alloc(size_t node_size) {
   return node;
 #else
   (void)node_size;
-  static const size_t max_size = max_node_size();
-  char* block = Alloc(kPoolSize + sizeof(PoolTail));
+  char* block = spare_pools;
+  if (block)
+    spare_pools = tail_of(block)->previous;
+  else
+    block = Alloc(kPoolSize + sizeof(PoolTail));
   if (!block) die_msg("Out of memory. malloc failed.");
   if (yyBlockList) tail_of(yyBlockList)->end = Asynt_PoolFreePtr;
   tail_of(block)->previous = yyBlockList;
   yyBlockList = block;
   Asynt_HeapUsed += kPoolSize;
   Asynt_PoolFreePtr = block;
-  // Below this mark there is room for a node of any kind.
-  Asynt_PoolMaxPtr = block + kPoolSize + 1 - max_size;
+  Asynt_PoolMaxPtr = pool_limit(block);
   return block;
 #endif
 }
@@ -87,23 +152,29 @@ TreeKit<Asynt_Node, alloc_for_copy, Asynt_Shapes> kit{Asynt_Schema};
 
 uint16_t walk_number = 0;
 
-void forget_walk(char* node) { reinterpret_cast<TreeNode*>(node)->yySeen = 0; }
-
-// Makes all numbers free again.
-void forget_walks() {
+// Calls proc on each node that has been made since the place.
+template <typename Proc>
+void for_nodes_since(const Asynt_Place& start, Proc proc) {
 #ifdef OZ_SANITIZE
-  for (char* node : all_nodes) forget_walk(node);
+  for (size_t i = start.nodes; i < all_nodes.size(); i++) proc(reinterpret_cast<tAsynt>(all_nodes[i]));
 #else
   if (yyBlockList) tail_of(yyBlockList)->end = Asynt_PoolFreePtr;
   for (char* pool = yyBlockList; pool; pool = tail_of(pool)->previous) {
-    for (char *p = pool, *next; p < tail_of(pool)->end; p = next) {
+    const bool first = pool == start.pool;
+    for (char *p = first ? start.free : pool, *next; p < tail_of(pool)->end; p = next) {
       const unsigned kind = reinterpret_cast<TreeNode*>(p)->yyKind;
       if (kind >= kAsyntKinds) internal_error(__FILE__, __LINE__);
       next = p + Asynt_NodeSize(kind);
-      forget_walk(p);
+      proc(reinterpret_cast<tAsynt>(p));
     }
+    if (first) return;
   }
 #endif
+}
+
+// Makes all numbers free again.
+void forget_walks() {
+  for_nodes_since({}, [](tAsynt t) { t->yySeen = 0; });
 }
 
 // ---- check
@@ -265,6 +336,74 @@ void ReleaseAsynt(tAsynt t) { kit.release(t); }
 void TraverseAsyntTD(tAsynt t, void (*proc)(tAsynt)) { kit.traverse_td(t, proc); }
 void TraverseAsyntTD2(tAsynt* t, char (*proc)(tAsynt*)) { kit.traverse_td2(t, proc); }
 void WalkAsynt(tAsynt* t, char (*proc)(tAsynt*)) { kit.walk(t, Asynt_NewWalk(), proc); }
+
+// ---- texts and the end of trees
+
+string Asynt_KeepText(std::string_view text) {
+  char* const copy = text_room(text.size() + 1);
+  std::memcpy(copy, text.data(), text.size());
+  copy[text.size()] = '\0';
+  return copy;
+}
+
+Asynt_Place Asynt_Here() {
+#ifdef OZ_SANITIZE
+  return {nullptr, nullptr, all_nodes.size(), nullptr, nullptr, all_texts.size(), Asynt_HeapUsed};
+#else
+  return {yyBlockList, Asynt_PoolFreePtr, 0, text_block, text_free, 0, Asynt_HeapUsed};
+#endif
+}
+
+void Asynt_ReleaseSince(const Asynt_Place& start) {
+#ifdef OZ_SANITIZE
+  for (size_t i = start.nodes; i < all_nodes.size(); i++) std::free(all_nodes[i]);
+  all_nodes.resize(start.nodes);
+  for (size_t i = start.texts; i < all_texts.size(); i++) std::free(all_texts[i]);
+  all_texts.resize(start.texts);
+#else
+  while (yyBlockList != start.pool) {
+    char* const pool = yyBlockList;
+    yyBlockList = tail_of(pool)->previous;
+    tail_of(pool)->previous = spare_pools;
+    spare_pools = pool;
+  }
+  Asynt_PoolFreePtr = start.free;
+  Asynt_PoolMaxPtr = yyBlockList ? pool_limit(yyBlockList) : nullptr;
+  release_texts(start);
+#endif
+  Asynt_HeapUsed = start.used;
+}
+
+unsigned long Asynt_UsedSince(const Asynt_Place& start) { return Asynt_HeapUsed - start.used; }
+
+namespace {
+
+// Whether a walk from t meets a node that bears the number `wanted`; the walk leaves its own.
+bool reaches(tAsynt t, uint16_t wanted, uint16_t number) {
+  while (t && t->yySeen != number) {
+    if (t->yySeen == wanted) return true;
+    t->yySeen = number;
+    const TreeKind& k = kit.kind_of(t);
+    if (k.child_count == 0) return false;
+    for (int i = 0; i + 1 < k.child_count; i++)
+      if (reaches(kit.child(t, k.children[i]), wanted, number)) return true;
+    t = kit.child(t, k.children[k.child_count - 1]);
+  }
+  return false;
+}
+
+}  // namespace
+
+bool Asynt_ReachSince(const Asynt_Place& start, const std::vector<tAsynt>& roots) {
+  uint16_t made_since = Asynt_NewWalk();
+  const uint16_t number = Asynt_NewWalk();
+  if (number < made_since) made_since = number + 1;  // all numbers have become free in between
+  for_nodes_since(start, [made_since](tAsynt t) { t->yySeen = made_since; });
+  const bool found =
+      std::any_of(roots.begin(), roots.end(), [=](tAsynt root) { return reaches(root, made_since, number); });
+  for_nodes_since(start, [](tAsynt t) { t->yySeen = 0; });
+  return found;
+}
 
 uint16_t Asynt_NewWalk() {
   if (++walk_number == 0) {

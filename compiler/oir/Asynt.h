@@ -9,6 +9,8 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <string_view>
+#include <vector>
 
 #include "Positions.h"
 #include "treefwd.h"
@@ -135,6 +137,38 @@ void QueryAsynt(tAsynt t);
 
 // Cuts a tree apart: every child pointer becomes null. No memory is returned.
 void ReleaseAsynt(tAsynt t);
+
+// ---- texts and the end of trees
+//
+// Nodes and their texts are given back in the order in which they were made, the newest first: all since a place.
+//
+//   const Asynt_Place start = Asynt_Here();
+//   ... trees are made ...
+//   Asynt_ReleaseSince(start);
+
+// A terminated copy of a text, for a field of a node; it lives as long as the nodes that are made next to it.
+string Asynt_KeepText(std::string_view text);
+
+struct Asynt_Place {
+  char* pool = nullptr;  // the current pool then
+  char* free = nullptr;  // where the next node was to come
+  size_t nodes = 0;      // in sanitizer builds, where each node has a block of its own: how many there were
+  char* text_block = nullptr;
+  char* text_free = nullptr;
+  size_t texts = 0;
+  unsigned long used = 0;  // Asynt_HeapUsed then
+};
+Asynt_Place Asynt_Here();
+
+// Gives all nodes and texts back that have been made since; nothing may refer to them any more. The memory is kept for
+// new ones.
+void Asynt_ReleaseSince(const Asynt_Place& start);
+
+// Bytes of the pools and blocks that nodes and texts have taken since.
+unsigned long Asynt_UsedSince(const Asynt_Place& start);
+
+// Whether a node that was made since the place can be reached from one of these trees. Costs a walk over the trees.
+bool Asynt_ReachSince(const Asynt_Place& start, const std::vector<tAsynt>& roots);
 
 // Calls proc on each node once, before its children.
 void TraverseAsyntTD(tAsynt t, void (*proc)(tAsynt));

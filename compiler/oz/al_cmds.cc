@@ -36,6 +36,12 @@ Language language_named(const char* name) {
   return none;
 }
 
+// Whether a command may run. What earlier commands left behind is given back first.
+bool begin_command() {
+  collect_garbage();
+  return checklicense();
+}
+
 // Ends the open set, whose language is forgotten also when it could not be written whole: its files are closed.
 const char* close_set() {
   exit_code();
@@ -70,7 +76,7 @@ const char* al_compile(const char* infile, const char*, const char* errfile, cha
 }
 
 const char* al_open_file(const char* lang, const char* file, const char* parallel) {
-  if (!checklicense()) return kReject;
+  if (!begin_command()) return kReject;
   cg_opt.parallel = same_word(parallel, "true");
   if (genlang != none) al_close_file();
   genlang = language_named(lang);
@@ -83,16 +89,16 @@ const char* al_open_file(const char* lang, const char* file, const char* paralle
   return kOk;
 }
 
-const char* al_close_file() { return checklicense() ? close_set() : kReject; }
+const char* al_close_file() { return begin_command() ? close_set() : kReject; }
 
 const char* al_generate_variable(const char* heldname) {
-  if (!checklicense()) return kReject;
+  if (!begin_command()) return kReject;
   if (genlang == none) return kNoFile;
   return vargen(striphold(heldname).c_str());
 }
 
 const char* al_generate_function(const char* heldname, int genmode) {
-  if (!checklicense()) return kReject;
+  if (!begin_command()) return kReject;
   if (genlang == none) return kNoFile;
   glob_genmode_flag = genmode;
   const char* const answer = funcgen(striphold(heldname).c_str());
@@ -102,7 +108,7 @@ const char* al_generate_function(const char* heldname, int genmode) {
 
 // The flag stays set when there is no file: the next function with a body of its own clears it.
 const char* al_generate_evaluate_function(const char* heldname, const char* body, int genmode) {
-  if (!checklicense()) return kReject;
+  if (!begin_command()) return kReject;
   evaluate_function_flag = 1;
   if (genlang == none) return kNoFile;
   glob_genmode_flag = genmode;

@@ -153,6 +153,7 @@ void dump(const char* heading) {
 
 // From the source text to the flat tree. CheckAsynt reports a broken tree itself, and the run goes on with it.
 void front_half(tIndex* instances) {
+  forget_model();
   bigbuf_init();
   init_oz_index();
   parse();

@@ -2,6 +2,8 @@
 
 #include "alginter.h"
 
+#include <cstring>
+
 ALINK stdlink = nullptr;
 
 namespace {
@@ -92,7 +94,7 @@ lumen::Array<T, N> read_array(const char* name) {
   lumen::Array<T, N> a(reader.shape);
   lumen::Index x[N] = {};
   for (const T& value : reader.values) {
-    a.data()[a.place(x)] = value;
+    a.elements()[a.place(x)] = value;
     lumen::Array<T, N>::next_listed(x, reader.shape.d, N);
   }
   return a;
@@ -126,7 +128,7 @@ void write_list(const lumen::Array<T, N>& a, lumen::Index* x, int level) {
     if (level < N - 1)
       write_list(a, x, level + 1);
     else
-      write(a.data()[a.place(x)]);
+      write(a.elements()[a.place(x)]);
   }
 }
 
@@ -135,7 +137,7 @@ void write(const lumen::Array<T, N>& a) {
   lumen::Index x[N] = {};
   write_list(a, x, 0);
 }
-void write(const doubleN& v) { ALPutReal64List(stdlink, v.data(), static_cast<size_t>(v.size())); }
+void write(const doubleN& v) { ALPutReal64List(stdlink, v.elements(), static_cast<size_t>(v.size())); }
 
 }  // namespace
 
@@ -189,22 +191,40 @@ void cb_get() { ALNewPacket(stdlink); }
 
 namespace {
 
+// The number of a function is its place in the table.
 bool announce(const AL_IF_function* functions, int n) {
   for (int i = 0; i < n; i++) {
-    ALPutFunction(stdlink, "DefineExternal", 3);
-    ALPutString(stdlink, functions[i].pattern);
-    ALPutString(stdlink, functions[i].arguments);
-    ALPutInteger(stdlink, i);
+    if (functions[i].call) {
+      ALPutFunction(stdlink, "DefineExternal", 3);
+      ALPutString(stdlink, functions[i].pattern);
+      ALPutString(stdlink, functions[i].arguments);
+      ALPutInteger(stdlink, i);
+    } else {
+      ALPutString(stdlink, functions[i].pattern);
+    }
   }
   ALPutSymbol(stdlink, "End");
   return ALFlush(stdlink);
 }
 
+// How many names stand in "{r, v}".
+int argument_count(const char* arguments) {
+  int count = 0;
+  bool in_name = false;
+  for (const char* c = arguments; *c; c++) {
+    const bool of_name = !std::strchr("{}, ", *c);
+    if (of_name && !in_name) count++;
+    in_name = of_name;
+  }
+  return count;
+}
+
 // The number of the function that is called, behind which the arguments stand; -1 if it is none of ours.
-int called_function(int n) {
+int called_function(const AL_IF_function* functions, int n) {
   int number, arguments;
-  if (!ALGetInteger(stdlink, &number) || number < 0 || number >= n) return -1;
-  return ALTestHead(stdlink, "List", &arguments) ? number : -1;
+  if (!ALGetInteger(stdlink, &number) || number < 0 || number >= n || !functions[number].call) return -1;
+  if (!ALTestHead(stdlink, "List", &arguments)) return -1;
+  return arguments == argument_count(functions[number].arguments) ? number : -1;
 }
 
 bool run(const AL_IF_function& function) {
@@ -218,7 +238,7 @@ bool run(const AL_IF_function& function) {
 }
 
 bool answer_call(const AL_IF_function* functions, int n) {
-  const int number = called_function(n);
+  const int number = called_function(functions, n);
   if (number < 0 || !run(functions[number])) {
     if (!ALClearError(stdlink)) return false;
     ALPutSymbol(stdlink, "$Failed");

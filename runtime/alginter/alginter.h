@@ -12,10 +12,11 @@
 // A callback goes the other way: AL_IF_start begins an evaluation in the host, lmif_return sends each argument,
 // AL_IF_wait waits for the answer and cb_get reads it.
 //
-// A program that serves wrappers over a link (the patterns and argument lists stand in <base>.tm):
+// A program that serves wrappers over a link; oztm writes it from <base>.tm:
 //
-//   const AL_IF_function functions[] = {{"area[r_Real, v_List/;VectorQ[v,NumberQ]]", "{r,v}", AL_area}};
-//   int main(int argc, char** argv) { return AL_IF_main(argc, argv, functions, 1); }
+//   const AL_IF_function AL_IF_functions[] = {{"area[r_Real, v_List/;VectorQ[v,NumberQ]]", "{r, v}", AL_area}};
+//   const int AL_IF_function_count = 1;
+//   int main(int argc, char** argv) { return AL_IF_main(argc, argv, AL_IF_functions, AL_IF_function_count); }
 #ifndef ALGINTER_H
 #define ALGINTER_H
 
@@ -92,13 +93,18 @@ void cb_get(T& answer) {
 // ---- serving
 
 struct AL_IF_function {
-  const char* pattern;    // as behind :Pattern: in the .tm file
-  const char* arguments;  // as behind :Arguments:
-  void (*call)();
+  const char* pattern;  // as behind :Pattern: in the .tm file; or a text that the host evaluates, as behind :Evaluate:
+  const char* arguments;  // in the order on the wire, as behind :Arguments:; null for a text
+  void (*call)();         // the wrapper; null for a text
 };
 
-// Announces the functions and answers calls of them until the link ends. A call that throws, or whose arguments cannot
-// be read, is answered with $Failed, and the text of the error goes to standard error. True if the link ended in order.
+// What oztm writes.
+extern const AL_IF_function AL_IF_functions[];
+extern const int AL_IF_function_count;
+
+// Announces the functions and answers calls of them until the link ends. A call that throws, that has too many or too
+// few arguments, or whose arguments cannot be read, is answered with $Failed, and the text of an error goes to standard
+// error. True if the link ended in order.
 bool AL_IF_serve(ALINK link, const AL_IF_function* functions, int n);
 
 // Opens the link that the arguments name, connects it and serves. The exit status of a program.

@@ -22,13 +22,15 @@
 !                              the answer; like the get family, but a text is told without its length
 !   cbgetnull()                an answer that nobody wants
 !
-! A program names its wrappers, opens the link and serves the host until that ends the link:
+! A program names its wrappers, opens the link and serves the host until that ends the link; oztm writes it:
 !
 !   external :: al_force
+!   call ALIF_EVALUATE('BeginPackage["Bumper`"]')
 !   call ALIF_INSTALL('force[ x_Real]', '{x}', al_force)
 !   call ALIF_MAIN()
 !
 !   ALIF_INSTALL(pattern, arguments, wrapper)   the texts behind :Pattern: and :Arguments: of the link template
+!   ALIF_EVALUATE(text)        what the host evaluates between the definitions, as behind :Evaluate:
 !   ALIF_MAIN()                opens the link that the command line names, and serves; the status of the program is 0 if
 !                              the host said that it ends, and 1 if the link was lost
 !   ALIF_OPEN(arguments)       for programs that do more: the link that the text names, as ALOpenString takes it
@@ -398,7 +400,7 @@ module AlgeLinkInterface
   public :: cbgetNcomplex, cbgetNNcomplex, cbgetNNNcomplex, cbgetNNNNcomplex
   public :: cbgetNstr, cbgetNNstr, cbgetNNNstr, cbgetNNNNstr
   public :: putnull, cbgetnull, ALIF_START, ALIF_WAIT, ALIF_LIST
-  public :: ALIF_INSTALL, ALIF_MAIN, ALIF_OPEN, ALIF_SERVE
+  public :: ALIF_INSTALL, ALIF_EVALUATE, ALIF_MAIN, ALIF_OPEN, ALIF_SERVE
 
   abstract interface
     subroutine alif_wrapper()
@@ -407,7 +409,7 @@ module AlgeLinkInterface
 
   type installed
     character(len=:), allocatable :: pattern, arguments
-    procedure(alif_wrapper), pointer, nopass :: wrapper
+    procedure(alif_wrapper), pointer, nopass :: wrapper => null()  ! null: the pattern is a text to evaluate
   end type
 
   type(installed), allocatable, save :: table(:)
@@ -498,14 +500,31 @@ contains
     entry%pattern = pattern
     entry%arguments = arguments
     entry%wrapper => wrapper
+    call append(entry)
+  end subroutine
+
+  subroutine ALIF_EVALUATE(text)
+    character(len=*), intent(in) :: text
+    type(installed) :: entry
+    entry%pattern = text
+    entry%arguments = ''
+    call append(entry)
+  end subroutine
+
+  subroutine append(entry)
+    type(installed), intent(in) :: entry
     if (.not. allocated(table)) allocate (table(0))
     table = [table, entry]
   end subroutine
 
-  ! The numbers count from 0.
+  ! The number of a wrapper is its place in the table, from 0.
   subroutine define_all()
     integer :: i
     do i = 1, size(table)
+      if (.not. associated(table(i)%wrapper)) then
+        call write_element(table(i)%pattern)
+        cycle
+      end if
       call alif_check(ALPutFunction(alif_link, c_text('DefineExternal'), 3_c_int))
       call write_element(table(i)%pattern)
       call write_element(table(i)%arguments)
@@ -520,6 +539,7 @@ contains
     integer(c_int) :: n
     call read_element(number)
     if (number < 0 .or. number >= size(table)) call alif_fail('a call of a function that is not installed')
+    if (.not. associated(table(number + 1)%wrapper)) call alif_fail('a call of a function that is not installed')
     n = list_head()
     call table(number + 1)%wrapper()
     call alif_check(ALEndPacket(alif_link))

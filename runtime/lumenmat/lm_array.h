@@ -293,14 +293,14 @@ class Dense : public Expression<D, T, N> {
   StridedRow<T> strided_row(const Index* x) const { return {column(x), 1}; }
   T at(const Index* x) const {
     const Array<T, N>& a = this->self().array();
-    return a.data()[a.place(x)];
+    return a.elements()[a.place(x)];
   }
   bool disturbed_by(const Target<N>& t) const {
     const Array<T, N>& a = this->self().array();
-    if (!overlap(a.data(), a.data() + a.size(), t.array, t.array_end)) return false;
+    if (!overlap(a.elements(), a.elements() + a.size(), t.array, t.array_end)) return false;
     Index step[N];
     a.steps(step);
-    return t.first != a.data() || !std::equal(step, step + N, t.step);
+    return t.first != a.elements() || !std::equal(step, step + N, t.step);
   }
 
  private:
@@ -309,7 +309,7 @@ class Dense : public Expression<D, T, N> {
     start[0] = 0;
     for (int k = 1; k < N; k++) start[k] = x[k];
     const Array<T, N>& a = this->self().array();
-    return a.data() + a.place(start);
+    return a.elements() + a.place(start);
   }
 };
 
@@ -366,14 +366,18 @@ class Array : public Dense<Array<T, N>, T, N> {
   // A number fills the array, which keeps its sizes.
   template <class U, std::enable_if_t<is_number<U> && converts<element_of<U>, T>, int> = 0>
   Array& operator=(const U& value) {
-    std::fill_n(data(), this->size(), convert<T>(value));
+    std::fill_n(elements(), this->size(), convert<T>(value));
     return *this;
   }
 
   const Array& array() const { return *this; }
   const Shape<N>& shape() const { return shape_; }
-  T* data() { return data_.get(); }
-  const T* data() const { return data_.get(); }
+  // The elements, the first subscript fastest.
+  T* elements() { return data_.get(); }
+  const T* elements() const { return data_.get(); }
+  // The same for routines of other languages: complex numbers are pairs of doubles.
+  auto data() { return foreign_pointer(elements()); }
+  auto data() const { return foreign_pointer(elements()); }
   void swap(Array& o) noexcept {
     std::swap(shape_, o.shape_);
     std::swap(data_, o.data_);
@@ -518,7 +522,7 @@ class Array : public Dense<Array<T, N>, T, N> {
   void fill_from(const E& e) {
     Index step[N];
     steps(step);
-    store(data(), shape_, step, true, e);
+    store(elements(), shape_, step, true, e);
   }
 
   template <class E>
@@ -526,13 +530,13 @@ class Array : public Dense<Array<T, N>, T, N> {
     const Shape<N> s = e.shape();
     Index step[N];
     steps(step);
-    const Target<N> target{data(), data() + this->size(), data(), step};
+    const Target<N> target{elements(), elements() + this->size(), elements(), step};
     if (s != shape_ || e.disturbed_by(target)) {
       Array fresh(s, nullptr);
       fresh.fill_from(e);
       swap(fresh);
     } else {
-      store(data(), shape_, step, true, e);
+      store(elements(), shape_, step, true, e);
     }
   }
   Array(const Shape<N>& s, std::nullptr_t) : shape_(s), data_(uninitialised(s)) {}
@@ -588,7 +592,7 @@ class Array : public Dense<Array<T, N>, T, N> {
   template <class... I>
   Section<T, ranges_in<I...>> section(const I&... i) const {
     const auto l = layout(i...);
-    return Section<T, ranges_in<I...>>(data() + l.start, l.shape, l.step);
+    return Section<T, ranges_in<I...>>(elements() + l.start, l.shape, l.step);
   }
 
   template <class Tuple, std::size_t... K, std::size_t... L>
@@ -622,7 +626,7 @@ class Array : public Dense<Array<T, N>, T, N> {
       static_assert(V::rank == M, "the value of Set must be a number or have the rank of the section");
       static_assert(converts<typename V::element, T>, "the value of Set has elements that do not fit into the array");
       if (v.shape() != s) fail_shapes("Set", shape_text(s), shape_text(v.shape()));
-      const Target<M> target{data(), data() + this->size(), d, step};
+      const Target<M> target{elements(), elements() + this->size(), d, step};
       if (v.disturbed_by(target))
         store(d, s, step, false, Array<typename V::element, M>(v));
       else

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <complex>
 #include <ostream>
+#include <type_traits>
 
 namespace lumen {
 
@@ -54,6 +55,18 @@ class lm_complex {
  private:
   double v_[2];
 };
+
+// As arguments and as values of such routines.
+static_assert(sizeof(lm_complex) == 2 * sizeof(double) && std::is_standard_layout_v<lm_complex> &&
+              std::is_trivially_copyable_v<lm_complex>);
+
+// Elements as routines of other languages get them.
+template <class T>
+T* foreign_pointer(T* elements) {
+  return elements;
+}
+inline double* foreign_pointer(lm_complex* elements) { return reinterpret_cast<double*>(elements); }
+inline const double* foreign_pointer(const lm_complex* elements) { return reinterpret_cast<const double*>(elements); }
 
 inline double re(const lm_complex& z) { return z.real(); }
 inline double im(const lm_complex& z) { return z.imag(); }

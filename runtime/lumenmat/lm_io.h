@@ -39,7 +39,7 @@ void print_part(std::ostream& out, const Array<T, N>& a, Index* x, int k) {
   for (x[k] = 0; x[k] < a.shape().d[k]; x[k]++) {
     if (x[k] > 0) out << ", ";
     if (k == N - 1)
-      out << a.data()[a.place(x)];
+      out << a.elements()[a.place(x)];
     else
       print_part(out, a, x, k + 1);
   }
@@ -151,7 +151,7 @@ Array<T, 1> import_vector(const std::string& file, const std::string& format) {
   const Rows<T> rows = read_rows<T>(file, is_csv(format, "Import"));
   for (const auto& row : rows) n += static_cast<Index>(row.size());
   Array<T, 1> v(n);
-  T* to = v.data();
+  T* to = v.elements();
   for (const auto& row : rows) to = std::copy(row.begin(), row.end(), to);
   return v;
 }
@@ -165,7 +165,7 @@ Array<T, 2> import_matrix(const std::string& file, const std::string& format) {
     if (rows[i].size() != columns)
       fail("Import: " + file + ": row " + std::to_string(i + 1) + " has " + std::to_string(rows[i].size()) +
            " numbers, the first one " + std::to_string(columns));
-    for (std::size_t j = 0; j < columns; j++) m.data()[i + j * rows.size()] = rows[i][j];
+    for (std::size_t j = 0; j < columns; j++) m.elements()[i + j * rows.size()] = rows[i][j];
   }
   return m;
 }
@@ -194,7 +194,7 @@ RWCString lumen_export(const RWCString& file, const A& a, const RWCString& forma
   std::ofstream out(file);
   for (Index i = 0; i < x.shape().d[0]; i++)
     for (Index j = 0, n = N == 2 ? x.shape().d[N - 1] : 1; j < n; j++)
-      out << number_text(x.data()[i + j * x.shape().d[0]]) << (j == n - 1 ? "\n" : ",");
+      out << number_text(x.elements()[i + j * x.shape().d[0]]) << (j == n - 1 ? "\n" : ",");
   out.close();
   if (!out) fail("Export: cannot write " + file);
   return file;

@@ -150,7 +150,7 @@ auto operator*(A&& a, B&& b) {
   if (LM_UNLIKELY(x.shape().d[p - 1] != k)) fail_shapes("Dot", shape_text(x.shape()), shape_text(y.shape()));
   if constexpr (p == 1 && q == 1) {
     T sum = 0;
-    for (Index i = 0; i < k; i++) sum = sum + x.data()[i] * y.data()[i];
+    for (Index i = 0; i < k; i++) sum = sum + x.elements()[i] * y.elements()[i];
     return sum;
   } else {
     Shape<p + q - 2> s;
@@ -158,7 +158,7 @@ auto operator*(A&& a, B&& b) {
     for (int i = 0; i < p - 1; i++) m *= s.d[i] = x.shape().d[i];
     for (int i = 1; i < q; i++) n *= s.d[p - 2 + i] = y.shape().d[i];
     Array<T, p + q - 2> c(s);
-    multiply(x.data(), y.data(), c.data(), m, k, n);
+    multiply(x.elements(), y.elements(), c.elements(), m, k, n);
     return c;
   }
 }
@@ -172,7 +172,7 @@ auto Transpose(A&& a) {
   const Index m = x.shape().d[0], n = x.shape().d[1];
   Array<element_type<A>, 2> t(n, m);
   for (Index i = 0; i < m; i++)
-    for (Index j = 0; j < n; j++) t.data()[j + i * n] = x.data()[i + j * m];
+    for (Index j = 0; j < n; j++) t.elements()[j + i * n] = x.elements()[i + j * m];
   return t;
 }
 
@@ -185,7 +185,7 @@ auto OuterProduct(A&& a, B&& b) {
   const Index m = x.size(), n = y.size();
   Array<T, 2> c(m, n);
   for (Index j = 0; j < n; j++)
-    for (Index i = 0; i < m; i++) c.data()[i + j * m] = x.data()[i] * y.data()[j];
+    for (Index i = 0; i < m; i++) c.elements()[i + j * m] = x.elements()[i] * y.elements()[j];
   return c;
 }
 

@@ -26,7 +26,7 @@ void copy_parts(const Array<T, N>& x, Index from, Array<U, N>* y, Index to, Inde
   const Index x_rows = x.shape().d[0], y_rows = y->shape().d[0];
   const Index columns = n == 0 ? 0 : x.size() / x_rows;
   for (Index j = 0; j < columns; j++)
-    for (Index i = 0; i < n; i++) y->data()[to + i + j * y_rows] = convert<U>(x.data()[from + i + j * x_rows]);
+    for (Index i = 0; i < n; i++) y->elements()[to + i + j * y_rows] = convert<U>(x.elements()[from + i + j * x_rows]);
 }
 
 template <int N>
@@ -66,16 +66,16 @@ struct CommonElement<T, U, Rest...> : CommonElement<common_element<T, U>, Rest..
 template <class T, int N>
 void put_item(Array<T, N + 1>* list, Index place, const Array<T, N>& item) {
   const Index rows = list->shape().d[0];
-  const T* from = item.data();
+  const T* from = item.elements();
   if (item.shape() == part_shape<T>(list->shape())) {
-    for (Index j = 0; j < item.size(); j++) list->data()[place + j * rows] = from[j];
+    for (Index j = 0; j < item.size(); j++) list->elements()[place + j * rows] = from[j];
     return;
   }
   Index x[N] = {};
   for (Index j = 0; j < item.size(); j++) {  // a shorter last one
     Index o = 0;
     for (int k = N - 1; k >= 0; k--) o = o * list->shape().d[k + 1] + x[k];
-    list->data()[place + o * rows] = from[j];
+    list->elements()[place + o * rows] = from[j];
     for (int k = 0; k < N && ++x[k] == item.shape().d[k]; k++) x[k] = 0;
   }
 }
@@ -116,7 +116,7 @@ auto make_lumenN(int n, const X& x, const Rest&... rest) {
   if constexpr (N == 0) {
     const T values[] = {convert<T>(x), convert<T>(rest)...};
     Array<T, 1> list(n);
-    std::copy(values, values + n, list.data());
+    std::copy(values, values + n, list.elements());
     return list;
   } else {
     return list_of_arrays<T, N>(Array<T, N>(x), Array<T, N>(rest)...);
@@ -178,8 +178,8 @@ auto flatten_levels(const A& a) {
   const Index columns = flat.size() / s.d[0];
   Index place[N] = {};
   for (Index i = 0; i < s.d[0]; i++) {
-    const T* from = x.data() + x.place(place);
-    for (Index j = 0; j < columns; j++) flat.data()[i + j * s.d[0]] = from[j * s.d[0]];
+    const T* from = x.elements() + x.place(place);
+    for (Index j = 0; j < columns; j++) flat.elements()[i + j * s.d[0]] = from[j * s.d[0]];
     Array<T, N>::next_listed(place, x.shape().d, L + 1);
   }
   return flat;
@@ -222,7 +222,7 @@ auto lumen_sort(const A& a) {
   std::vector<Index> order(static_cast<std::size_t>(n));
   for (Index i = 0; i < n; i++) order[static_cast<std::size_t>(i)] = i;
   const Array<T, N> listed = Array<T, N>(x);
-  const T* v = listed.data();
+  const T* v = listed.elements();
   // The columns in the order of lists.
   std::vector<Index> column(static_cast<std::size_t>(columns));
   Index place[N] = {};
@@ -239,7 +239,7 @@ auto lumen_sort(const A& a) {
   });
   Array<T, N> sorted(listed.shape());
   for (Index j = 0; j < columns; j++)
-    for (Index i = 0; i < n; i++) sorted.data()[i + j * n] = v[order[static_cast<std::size_t>(i)] + j * n];
+    for (Index i = 0; i < n; i++) sorted.elements()[i + j * n] = v[order[static_cast<std::size_t>(i)] + j * n];
   return sorted;
 }
 
@@ -249,13 +249,13 @@ template <class A, IfArray<A> = 0>
 auto LumenMax(const A& a) {
   const auto& x = value_of(a);
   if (x.size() == 0) fail_empty("Max");
-  return *std::max_element(x.data(), x.data() + x.size());
+  return *std::max_element(x.elements(), x.elements() + x.size());
 }
 template <class A, IfArray<A> = 0>
 auto LumenMin(const A& a) {
   const auto& x = value_of(a);
   if (x.size() == 0) fail_empty("Min");
-  return *std::min_element(x.data(), x.data() + x.size());
+  return *std::min_element(x.elements(), x.elements() + x.size());
 }
 
 }  // namespace lumen

@@ -224,7 +224,7 @@ bool operator==(A&& a, B&& b) {
   static_assert(rank_of<A> == rank_of<B>, "the arrays must have as many dimensions");
   const auto& x = value_of(a);
   const auto& y = value_of(b);
-  return x.shape() == y.shape() && std::equal(x.data(), x.data() + x.size(), y.data());
+  return x.shape() == y.shape() && std::equal(x.elements(), x.elements() + x.size(), y.elements());
 }
 template <class A, class B, IfArrays<A, B> = 0>
 bool operator!=(A&& a, B&& b) {

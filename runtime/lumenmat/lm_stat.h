@@ -31,10 +31,10 @@ auto by_columns(const char* operation, const A& a, Index least, const F& f) {
     fail(std::string(operation) + ": at least " + std::to_string(least) + " values are wanted, not " +
          std::to_string(n));
   if constexpr (N == 1) {
-    return V(f(x.data(), n));
+    return V(f(x.elements(), n));
   } else {
     Array<V, N - 1> result(part_shape<V>(x.shape()));
-    for (Index j = 0; j < result.size(); j++) result.data()[j] = f(x.data() + j * n, n);
+    for (Index j = 0; j < result.size(); j++) result.elements()[j] = f(x.elements() + j * n, n);
     return result;
   }
 }
@@ -125,8 +125,8 @@ auto quantiles(const A& a, const Q& list, const QuantileParameters& p) {
   if (n < 1) fail_empty("Quantile");
   Array<double, N> result(with_parts(x.shape(), m));
   for (Index j = 0; j < x.size() / n; j++) {
-    const std::vector<double> s = sorted_reals(x.data() + j * n, n);
-    for (Index i = 0; i < m; i++) result.data()[i + j * m] = quantile_of(s, q.data()[i], p);
+    const std::vector<double> s = sorted_reals(x.elements() + j * n, n);
+    for (Index i = 0; i < m; i++) result.elements()[i + j * m] = quantile_of(s, q.elements()[i], p);
   }
   return result;
 }

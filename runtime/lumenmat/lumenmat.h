@@ -14,6 +14,7 @@
 //   m(1, All), m(R(1,2), 3)      a row; rows 1 and 2 of column 3: sections, to be read
 //   m.Set(1, All, v);            a section is written
 //   m.dimension(2)               3
+//   m.elements()                 a pointer to the elements; m.data() for other languages: double* of complex ones, too
 //   m = 2*m + n;                 element by element, in one pass, without arrays in between
 //   m*v, m*n, v*v                products of matrices and vectors
 //   ElemProduct(m, n), ElemQuotient(m, n), sin(m), pow(m, 2)

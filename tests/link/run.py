@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Tests of the compiler on a link: as an installed program, as a compile server, with good and bad peers.
 
-    tests/link/run.py --oz build/oz --ozpeer build/ozpeer
+    tests/link/run.py --oz build/oz --ozpeer build/ozpeer --oztm build/oztm
 
 Each test has a folder of its own, for its files and for the link's keys. The scripts are ozpeer's; docs/link.md tells
 their lines.
@@ -25,7 +25,7 @@ sys.path.insert(0, str(TOP / "tools" / "python"))
 sys.dont_write_bytecode = True
 import ozlink  # noqa: E402
 
-OZ = OZPEER = None
+OZ = OZPEER = OZTM = None
 
 DEFINITIONS = """\
 define 3 CompileInternal { infile, outfile, errfile, options }
@@ -115,9 +115,13 @@ class LinkTest(unittest.TestCase):
 
     def test_both_modes_write_what_the_command_line_writes(self):
         self.write("byline.oz", MODEL)
-        for language in ["C++", "Fortran90"]:
+        body = "Plus[P$`x, Times[P$`x, P$`y], Times[P$`x, P$`y]]"
+        self.write("body", '"%s"' % body)
+        for language in ["C++", "Fortran90", "HPF"]:
             for options, call in [(["-v", ""], 'GenerateVariableInternal "Hold[]"'),
-                                  (["-f", "Small/f"], 'GenerateFunctionInternal "Hold[Small`f]" 0')]:
+                                  (["-f", "Small/f"], 'GenerateFunctionInternal "Hold[Small`f]" 0'),
+                                  (["-e", "Small/f", "-E", "body"],
+                                   'GenerateEvaluateFunctionInternal "Hold[Small`f]" "%s" 0' % body)]:
                 with self.subTest(language=language, call=call):
                     done = self.oz("-l", language, *options, "byline.oz")
                     self.assertEqual(done.returncode, 0, done.stderr)
@@ -196,6 +200,48 @@ class LinkTest(unittest.TestCase):
         self.assertEqual(self.peer(["connect", str(port)], calls, status=2), 'answer "OK"\nend lost\n')
         self.assertTrue(log.exists())
         log.unlink()
+
+    # ---- link programs; those of the examples are called in their own tests
+
+    def test_a_template_without_sense_leaves_no_source(self):
+        def block(function="AL_f", pattern="f[x_Real]", arguments="{x}", rest=":End:"):
+            return ":Begin:\n:Function: %s\n:Pattern: %s\n:Arguments: %s\n%s\n" % (function, pattern, arguments, rest)
+        rows = [("", "oztm: t.tm has no function"),
+                (":Evaluate: f;\n/* a\nb", "t.tm:3: the file ends within a comment"),
+                ("/* a */ f", "t.tm:1: this is no line of a template: f"),
+                (":End:", "t.tm:1: this is no line of a template: :End:"),
+                ("\x01", "t.tm:1: this is no text: it has control characters"),
+                ("\n" + block(rest=""), "t.tm:2: this block has no :End:"),
+                (block(rest=":Begin:"), "t.tm:5: this is no line of a block: :Begin:"),
+                (block(rest=":Pattern: f[]"), "t.tm:5: a second line: :Pattern:"),
+                (":Begin:\n:Function: AL_f\n:End:", "t.tm:1: this block lacks a line: :Pattern:"),
+                (block("system"), "t.tm:2: no wrapper is named like this: system"),
+                (block("AL_f();g"), "t.tm:2: no wrapper is named like this: AL_f();g"),
+                (block(pattern="f[x_Real"), "t.tm:3: this is no pattern of a call: f[x_Real"),
+                (block(pattern="f[x_/;g[x)]"), "t.tm:3: this is no pattern of a call: f[x_/;g[x)]"),
+                (block(arguments="x"), "t.tm:4: this is no list of names: x"),
+                (block(arguments="{}"), "t.tm:4: an argument of the pattern is not listed: x"),
+                (block(arguments="{x, x}"), "t.tm:4: the pattern has no such argument, or it is listed twice: x"),
+                (block(rest=":ReturnType: Real\n:End:"), "t.tm:5: only Manual is possible here: :ReturnType:Real"),
+                (block() + block(), "t.tm:6: a second definition; the first one stands in: t.tm:1"),
+                (block() + block("al_g_", "g[]", "{}"), "t.tm:7: wrappers in C++ and in Fortran make no one program")]
+        for template, message in rows:
+            with self.subTest(message=message):
+                self.write("t.tm", template)
+                self.write("out.cc", "former")
+                done = self.oztm("-o", "out.cc", "t.tm")
+                self.assertEqual((done.returncode, done.stdout, done.stderr), (1, "", message + "\n"))
+                self.assertEqual(self.read("out.cc"), "former")
+        self.write("t.tm", block(pattern='f[x_/;g["],[", x]]', arguments="{x, zc_O1}"))
+        for output, status in [("/dev/full", 1), ("no/folder/t.cc", 1), ("out.cc", 0)]:
+            self.assertEqual(self.oztm("-o", output, "t.tm").returncode, status)
+        self.assertIn(r'{"f[x_/;g[\"],[\", x]]", "{x}", AL_f}', self.read("out.cc"))
+        self.assertEqual(sorted(p.name for p in self.folder.glob("*.part")), [])
+        for args in [[], ["-x"], ["-o"]]:
+            self.assertEqual(self.oztm(*args).returncode, 2)
+
+    def oztm(self, *args):
+        return subprocess.run([OZTM, *args], cwd=self.folder, capture_output=True, text=True, timeout=60)
 
     # ---- messages and ends
 
@@ -338,12 +384,13 @@ class LinkTest(unittest.TestCase):
 
 
 def main():
-    global OZ, OZPEER
+    global OZ, OZPEER, OZTM
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--oz", required=True)
     parser.add_argument("--ozpeer", required=True)
+    parser.add_argument("--oztm", required=True)
     options, rest = parser.parse_known_args()
-    OZ, OZPEER = os.path.abspath(options.oz), os.path.abspath(options.ozpeer)
+    OZ, OZPEER, OZTM = [os.path.abspath(p) for p in (options.oz, options.ozpeer, options.oztm)]
     unittest.main(argv=[sys.argv[0], *rest])
 
 

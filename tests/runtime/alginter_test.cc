@@ -59,11 +59,12 @@ void AL_nothing() { lmif_return(); }
 
 namespace {
 
-const AL_IF_function kFunctions[] = {{"scaled[x_Real]", "{x}", AL_scaled},
-                                     {"several[z_Complex]", "{z}", AL_several},
-                                     {"product[z_]", "{z}", AL_product},
+const AL_IF_function kFunctions[] = {{"scaled[x_Real]", "{x, n,v,m}", AL_scaled},
+                                     {"several[z_Complex]", "{ z,s}", AL_several},
+                                     {"product[z_]", "{z, t, names}", AL_product},
                                      {"asking[x_]", "{x}", AL_asking},
-                                     {"nothing[]", "{}", AL_nothing}};
+                                     {"nothing[]", "{ }", AL_nothing},
+                                     {"EndPackage[]", nullptr, nullptr}};
 
 // The host's end. What it reads is shown as text: heads with arguments in brackets.
 class Alginter : public testing::Test {
@@ -81,13 +82,14 @@ class Alginter : public testing::Test {
       int connect_error = 0;
       const ALINK link =
           ALOpenString(env_, "-linkmode connect -linkname alginter -linkprotocol IntraProcess", &connect_error);
-      served_ = link && ALConnect(link) && AL_IF_serve(link, kFunctions, 5);
+      served_ = link && ALConnect(link) && AL_IF_serve(link, kFunctions, 6);
       if (link) ALClose(link);
     });
     ASSERT_EQ(ALConnect(host_), 1);
     std::string announced;
     for (std::string text = read(); text != "End" && text != "?"; text = read()) announced += text + ";";
-    EXPECT_EQ(announced.substr(0, 64), "DefineExternal[scaled[x_Real],{x},0];DefineExternal[several[z_Co");
+    EXPECT_EQ(announced.substr(0, 64), "DefineExternal[scaled[x_Real],{x, n,v,m},0];DefineExternal[sever");
+    EXPECT_EQ(announced.substr(announced.size() - 34), "nal[nothing[],{ },4];EndPackage[];");
   }
   void TearDown() override {
     ALClose(host_);
@@ -193,11 +195,13 @@ TEST_F(Alginter, CallbacksAreAnsweredInBetween) {
 // After each failure the next call works.
 TEST_F(Alginter, FailedCallsAreAnswered) {
   testing::internal::CaptureStderr();
-  call(9, 0);
-  EXPECT_EQ(answer(), "$Failed");
-  call(0, 2);
+  for (const int number : {9, 5, -1, 3}) {  // 5 is no function, and 3 wants an argument
+    call(number, 0);
+    EXPECT_EQ(answer(), "$Failed");
+  }
+  call(0, 4);
   ALPutReal(host_, 0.5);
-  ALPutString(host_, "three");
+  for (const char* wrong : {"three", "", ""}) ALPutString(host_, wrong);
   EXPECT_EQ(answer(), "$Failed");
   for (const bool ragged : {true, false}) {
     const double v[] = {1, 2};

@@ -37,7 +37,7 @@ lumen::Array<T, N> counted(const lumen::Shape<N>& s) {
   lumen::Array<T, N> a(s);
   lumen::Index x[N] = {};
   for (int i = 1; i <= a.size(); i++) {
-    a.data()[a.place(x)] = T(i);
+    a.elements()[a.place(x)] = T(i);
     lumen::Array<T, N>::next_listed(x, s.d, N);
   }
   return a;
@@ -94,8 +94,8 @@ TYPED_TEST(ArrayTest, ExpressionsAgreeWithElements) {
   typename TestFixture::A x = 3 * a - ElemProduct(a, a) + 1;
   ASSERT_EQ(x.size(), a.size());
   for (lumen::Index i = 0; i < a.size(); i++) {
-    const Element e = a.data()[i];
-    EXPECT_TRUE(x.data()[i] == 3 * e - e * e + 1) << i;
+    const Element e = a.elements()[i];
+    EXPECT_TRUE(x.elements()[i] == 3 * e - e * e + 1) << i;
   }
   // The same array on both sides, and a condition between two kinds of expressions.
   x = a;
@@ -133,7 +133,7 @@ TYPED_TEST(ArrayTest, FlattenedElementsComeInTheOrderOfLists) {
 TEST(Subscripts, CountFromOneAndFromTheEnd) {
   const doubleNN m = two_by_three();
   EXPECT_EQ(m(2, 1), 4);
-  EXPECT_EQ(m.data()[1], 4);  // column by column
+  EXPECT_EQ(m.elements()[1], 4);  // column by column
   EXPECT_EQ(text(m(2, All)), "{4, 5, 6}");
   EXPECT_EQ(text(m(R(1, 1), R(-2, -1))), "{{2, 3}}");
   EXPECT_EQ(text(m(All, 3)), "{3, 6}");
@@ -281,8 +281,8 @@ TEST(Products, OfLargeMatricesAgreeWithSums) {
     for (const int n : {1, 4, 5, 33})
       for (const int k : {1, 8, 257}) {
         doubleNN a(m, k), b(k, n);
-        for (int i = 0; i < a.size(); i++) a.data()[i] = (i * 7 + 3) % 11 - 5;
-        for (int i = 0; i < b.size(); i++) b.data()[i] = (i * 5 + 1) % 13 - 6;
+        for (int i = 0; i < a.size(); i++) a.elements()[i] = (i * 7 + 3) % 11 - 5;
+        for (int i = 0; i < b.size(); i++) b.elements()[i] = (i * 5 + 1) % 13 - 6;
         const doubleNN c = a * b;
         for (int i = 1; i <= m; i++)
           for (int j = 1; j <= n; j++) {

@@ -67,6 +67,9 @@ TEST_F(Parel, WhatIsSilentlyWrongIsReported) {
           oz_x is not set by the schedule
       XEqual[Deriv[2,x],x[t]] --> {x} -> {x_out}: {x} -> {x_out}: (x_out=x) --> \
           A higher derivative is taken for the first one: Derivative[2][x]==x
+      XEqual[Deriv[1,x],a],XEqual[Deriv[1,x],x[t]] --> \
+          {x,x} -> {x_out,x_out}: {a,x} -> {x_out,x_out}: (x_out=x;x_out=a) --> \
+          The variable has an equation already: Derivative[1][x]==x
       // y is left out of the block, but not of the system.
       XEqual[Deriv[1,x],a],XEqual[a,1],XEqual[Deriv[1,y],a] --> {y,x} -> {y_out,x_out}: {a} -> {x_out}: (x_out=a) --> \
           No derivative on the left; this equation and all behind it are left out: a==1

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <functional>
 
-#include "predef.h"
+#include "ffparse.h"
 
 namespace oz {
 
@@ -357,9 +357,7 @@ tAsynt declare(const std::string& text, tAsynt type) {
 
 tAsynt read_symbol(const std::string& text) {
   if (text[0] == '%') {
-    static Index* heads = nullptr;
-    if (!heads) index_init_predefs(heads = make_index(hash_table, 1));
-    tAsynt* entries = lookup(heads, text.c_str() + 1);
+    tAsynt* entries = lookup(predefined_names(), text.c_str() + 1);
     if (!entries) bad_test(text);
     return mSymbol(entries[0]);
   }

@@ -1,6 +1,7 @@
 """A session with a compile server, step by step; run it as  tools/python/example.py [MODEL]  from the top folder.
 
-It compiles a model in the background, generates C++ for all its variables, and shows what the server answers.
+It compiles a model in the background, generates C++ for all its variables, and shows what the server answers. Then it
+calls compiled functions of an example model.
 """
 
 import os
@@ -33,3 +34,8 @@ for name in sorted(os.listdir(folder)):
 
 # In[5]: the server ends with its link.
 server.close()
+
+# In[6]: compiled functions, with numbers and lists. The build makes link programs of the examples.
+with ozlink.run([os.path.join(top, "build", "examples", "link-mechanism")]) as mechanism:
+    print("norm:    ", mechanism.norm([3, 4]))
+    print("wedge:   ", mechanism.wedge([1.0, 2.0], [3.0, 4.0]))

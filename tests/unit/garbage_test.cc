@@ -1,0 +1,119 @@
+// What many compiles and commands in one process leave in memory: nothing that grows, and nothing that is still used is
+// given back (which sanitizer builds see).
+#include <gtest/gtest.h>
+#include <malloc.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "Asynt.h"
+#include "Memory.h"
+#include "al_cmds.h"
+
+namespace oz {
+namespace {
+
+namespace fs = std::filesystem;
+
+const char* const kModel = R"(model M;
+real g with unit = "m/s^2" := 9.81;
+real array[2] w := {1.0, 2.0};
+real speed[real h_] := Sqrt[2*g*h];
+real norm[int n_, real array[n] x_] :=
+  Module[{real s = 0.0, int i}, For[i = 1, i <= n, i = i + 1, s = s + x[[i]]^2]; Sqrt[s]];
+class Body
+  reveal:
+    real mass with unit = "kg";
+    real weight[real k_] := k*mass*g;
+    f := SetAttr[mass, "unit", "t"];
+end Body;
+instance p inherits Body end p;
+instance q[i] inherits Body end q;
+)";
+
+struct Garbage : testing::Test {
+  char folder_name[32] = "/tmp/garbageXXXXXX";
+  std::string folder = std::string(mkdtemp(folder_name)) + "/";
+  int saved_stderr = dup(STDERR_FILENO);
+
+  Garbage() { std::ofstream(folder + "m.oz") << kModel; }
+  ~Garbage() override {
+    std::fflush(stderr);
+    al_close_file();
+    dup2(saved_stderr, STDERR_FILENO);
+    close(saved_stderr);
+    fs::remove_all(folder);
+  }
+
+  void compile() const {
+    std::string options = "-u -o " + folder + "m.m";
+    ASSERT_STREQ("OK", al_compile((folder + "m.oz").c_str(), "", (folder + "log").c_str(), options.data()));
+  }
+  void open(const char* language) const { ASSERT_STREQ("OK", al_open_file(language, (folder + "m").c_str(), "False")); }
+  void session(const char* language) const {
+    open(language);
+    EXPECT_STREQ("OK", al_generate_variable("Hold[]"));
+    for (const char* name : {"Hold[M`speed]", "Hold[M`norm]", "Hold[p`weight]"})
+      EXPECT_STREQ("OK", al_generate_function(name, 0));
+    EXPECT_STREQ("OK", al_generate_evaluate_function("Hold[M`speed]", "Times[M`g, P$`h, P$`h]", 0));
+    EXPECT_STREQ("Function not found: M`none", al_generate_function("Hold[M`none]", 0));
+    EXPECT_STREQ("OK", al_close_file());
+  }
+  // The files of a session and the text for the host.
+  std::string files() const {
+    std::string all;
+    for (const char* name : {"m.m", "m.cc", "m.h", "m.tm", "mif.cc", "m.f90"}) {
+      std::ifstream f(folder + name, std::ios::binary);
+      all.append(std::istreambuf_iterator<char>(f), {});
+    }
+    return all;
+  }
+};
+
+size_t memory() { return Asynt_HeapUsed + MemoryUsed + mallinfo2().uordblks; }
+
+TEST_F(Garbage, ManyCompilesTakeTheMemoryOfOne) {
+  constexpr size_t kSlack = 500;  // what the system's allocator holds back for itself, until it has seen all sizes
+  for (int i = 0; i < 10; i++) compile();
+  const size_t before = memory(), trees = Asynt_HeapUsed;
+  for (int i = 0; i < 200; i++) compile();
+  EXPECT_EQ(trees, Asynt_HeapUsed);
+  EXPECT_LT(memory(), before + 200 * kSlack);
+}
+
+TEST_F(Garbage, ManyCommandsTakeABoundedShare) {
+  compile();
+  session("Fortran90");
+  session("C++");
+  const std::string first = files();
+  for (int i = 0; i < 20; i++) session(i % 2 ? "C++" : "Fortran90");
+  const size_t before = memory();
+  for (int i = 0; i < 400; i++) session(i % 2 ? "C++" : "Fortran90");
+  EXPECT_LT(memory(), before + (3 << 20));
+  EXPECT_EQ(first, files()) << "the model has suffered";
+}
+
+// The variables of an open file set are declared when it is closed, whatever is compiled in between.
+TEST_F(Garbage, ACompileBetweenLeavesAnOpenFileSetWhole) {
+  compile();
+  session("C++");
+  const std::string wanted = files();
+  open("C++");
+  EXPECT_STREQ("OK", al_generate_variable("Hold[]"));
+  for (const char* name : {"Hold[M`speed]", "Hold[M`norm]"}) EXPECT_STREQ("OK", al_generate_function(name, 0));
+  compile();
+  EXPECT_STREQ("OK", al_generate_function("Hold[p`weight]", 0));
+  EXPECT_STREQ("OK", al_generate_evaluate_function("Hold[M`speed]", "Times[M`g, P$`h, P$`h]", 0));
+  EXPECT_STREQ("OK", al_close_file());
+  EXPECT_EQ(wanted, files());
+  compile();
+  session("C++");
+  EXPECT_EQ(wanted, files());
+}
+
+}  // namespace
+}  // namespace oz
