@@ -2,7 +2,7 @@
 
 #include "abbrev.h"
 
-#include "output_stream.h"
+#include "support.h"
 
 namespace oz {
 namespace {

@@ -3,29 +3,16 @@
 
 #include "Errors.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <fstream>
-#include <functional>
-#include <string>
-#include <vector>
 
 #include "Idents.h"
 #include "Sets.h"
 #include "ememory.h"
 #include "ozerrors.h"
+#include "support.h"
 
 namespace oz {
 namespace {
-
-std::string stderr_of(const std::function<void()>& f) {
-  testing::internal::CaptureStderr();
-  f();
-  return testing::internal::GetCapturedStderr();
-}
 
 TEST(Errors, LineForms) {
   const int integer = -4;
@@ -58,8 +45,8 @@ TEST(Errors, LineForms) {
       {1, 3, 10, &set, "  12,  7: Error       syntax error: info class: 10\n"},
   };
   for (const auto& r : rows)
-    EXPECT_EQ(r.line, stderr_of([&] { ErrorMessageI(r.code, r.error_class, {12, 7}, r.info_class, r.info); }));
-  EXPECT_EQ("12345,1234: Error       bad wheel: rho\n", stderr_of([&] {
+    EXPECT_EQ(r.line, message_of([&] { ErrorMessageI(r.code, r.error_class, {12, 7}, r.info_class, r.info); }));
+  EXPECT_EQ("12345,1234: Error       bad wheel: rho\n", message_of([&] {
               MessageI("bad wheel", xxError, {12345, 1234}, xxIdent, &ident);
             }));
   ReleaseSet(&set);
@@ -140,7 +127,7 @@ TEST(ErrorsDeathTest, NoMemory) {
               "^   0,  0: Fatal       Out of memory. malloc failed.\n$");
   char* text = estrdup("kept");
   EXPECT_EQ("   0,  0: Warning     Out of memory. realloc failed.\n",
-            stderr_of([&] { EXPECT_EQ(nullptr, erealloc(text, size_t{1} << 62)); }));
+            message_of([&] { EXPECT_EQ(nullptr, erealloc(text, size_t{1} << 62)); }));
   EXPECT_STREQ("kept", text);
   efree(text);
 }
@@ -172,29 +159,30 @@ TEST(OzErrors, LongTextsAreCutIntoPieces) {
   for (const auto& r : rows) {
     std::string expected;
     for (const std::string& p : r.pieces) expected += "   0,  0: Error       " + p + "\n";
-    EXPECT_EQ(expected, stderr_of([&] { error_msg("%s", letters(r.length).c_str()); })) << r.length;
+    EXPECT_EQ(expected, message_of([&] { error_msg("%s", letters(r.length).c_str()); })) << r.length;
   }
 }
 
 // The text is bounded to 99,999 characters, which are 400 pieces.
 TEST(OzErrors, TheTextIsBounded) {
-  std::string out = stderr_of([] { warning_msg("%s", letters(300000).c_str()); });
+  std::string out = message_of([] { warning_msg("%s", letters(300000).c_str()); });
   EXPECT_EQ(400, std::count(out.begin(), out.end(), '\n'));
 }
 
 TEST(OzErrors, TheTitleComesOnceAndIndents) {
-  EXPECT_EQ("", stderr_of([] { title_msg("In %s:", "f"); }));
+  EXPECT_EQ("", message_of([] { title_msg("In %s:", "f"); }));
   EXPECT_EQ(
       "   0,  0: Note        In f:\n"
       "   0,  0: Warning       one\n"
       "   3,  4: Error         two\n",
-      stderr_of([] { warning_msg("one"), error_msg_pos(3, 4, "two"); }));
+      message_of([] { warning_msg("one"), error_msg_pos(3, 4, "two"); }));
   title_msg("unused");
   title_msg(nullptr);
-  EXPECT_EQ("   0,  0: Error       three\n", stderr_of([] { error_msg("three"); }));
+  EXPECT_EQ("   0,  0: Error       three\n", message_of([] { error_msg("three"); }));
   std::string text(5000, 't');
   title_msg("%s", text.c_str());
-  EXPECT_EQ("   0,  0: Note        " + text + "\n   0,  0: Error         four\n", stderr_of([] { error_msg("four"); }));
+  EXPECT_EQ("   0,  0: Note        " + text + "\n   0,  0: Error         four\n",
+            message_of([] { error_msg("four"); }));
   title_msg(nullptr);
 }
 
@@ -211,7 +199,7 @@ class QuotedSource : public testing::Test {
   // What stands behind the text of a message at a position.
   static std::string Quoted(unsigned line, unsigned column) {
     char head[40];
-    std::string out = stderr_of([&] { error_msg_pos2({line, column}, "bad"); });
+    std::string out = message_of([&] { error_msg_pos2({line, column}, "bad"); });
     size_t n = static_cast<size_t>(std::snprintf(head, sizeof head, "%4u,%3u: Error       bad", line, column));
     EXPECT_EQ(head, out.substr(0, n));
     return out.substr(n);
@@ -221,13 +209,12 @@ class QuotedSource : public testing::Test {
 
 TEST_F(QuotedSource, LineAndCaret) {
   Write("one\ntwo\nlast");
-  const struct {
-    unsigned line, column;
-    const char* quoted;
-  } rows[] = {{1, 3, "\none\n\n  ^\n"},   {2, 0, "\ntwo\n\n^\n"}, {2, 1, "\ntwo\n\n^\n"},
-              {3, 6, "\nlast\n     ^\n"}, {4, 1, "\n"},           {4000000000, 1, "\n"}};
-  for (const auto& r : rows) EXPECT_EQ(r.quoted, Quoted(r.line, r.column)) << r.line << "," << r.column;
-  EXPECT_EQ("   0,  0: Error       no place\n", stderr_of([] { error_msg("no place"); }));
+  for (const auto& [line, column, quoted] : table<3>(R"(
+      1 --> 3 --> \none\n\n  ^\n             2 --> 0 --> \ntwo\n\n^\n               2 --> 1 --> \ntwo\n\n^\n
+      3 --> 6 --> \nlast\n\s\s\s  ^\n        4 --> 1 --> \n                         4000000000 --> 1 --> \n
+    )"))
+    EXPECT_EQ(quoted, Quoted(std::stoul(line), std::stoul(column))) << std::stoul(line) << "," << std::stoul(column);
+  EXPECT_EQ("   0,  0: Error       no place\n", message_of([] { error_msg("no place"); }));
   for (const char* unreadable : {"/nowhere/model.oz", "-", "/", "/dev/zero"}) {
     error_message_uses_input_file = unreadable;
     EXPECT_EQ("\n", Quoted(1, 1)) << unreadable;

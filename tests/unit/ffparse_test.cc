@@ -2,30 +2,15 @@
 
 #include "ffparse.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
-#include "Asynt.h"
 #include "compelim.h"
-#include "fatal_text.h"
 #include "ffscan.h"
-#include "nesting.h"
-#include "operator_name.h"
-#include "tree_text.h"
+#include "support.h"
 #include "typepat.h"
-#include "unparse.h"
 
 namespace oz {
 namespace {
 
-struct Ffparse : testing::Test {
-  Ffparse() {
-    bigbuf_init();
-    init_operator_name();
-  }
-};
+struct Ffparse : Trees {};
 
 tAsynt read_tree(const std::string& text) {
   ffscan_SetString(text.c_str());
@@ -36,237 +21,157 @@ tAsynt read_tree(const std::string& text) {
 // The tree as one line and, behind it, what was reported.
 std::string read(const std::string& text) {
   std::string result;
-  const std::string messages = message_of([&] {
+  const std::string reports = said([&] {
     const tAsynt tree = read_tree(text);
     EXPECT_TRUE(CheckAsynt(tree)) << text;
     EXPECT_TRUE(AsyntMarksAreZero(tree)) << text;
     result = tree_text(tree);
   });
-  return result + messages;
+  return result + (result.empty() || reports.empty() ? "" : " | ") + reports;
 }
 
 std::string eliminated(const std::string& text) {
   std::string result;
-  const std::string messages = message_of([&] {
+  const std::string reports = said([&] {
     tAsynt tree = read_tree(text);
     Comp_elim(tree, &tree, nullptr);
     EXPECT_TRUE(CheckAsynt(tree)) << text;
     result = tree_text(tree, true);
   });
-  return result + messages;
+  return result + reports;
 }
 
-std::string fatal(const std::string& text, const std::string& position = "   0,  0") {
-  return position + ": Fatal       " + text + "\n";
-}
-
-std::string error(const std::string& text, const std::string& position = "   0,  0") {
-  return position + ": Error       " + text + "\n";
-}
-
-std::string repeated(const std::string& text, size_t n) {
-  std::string result;
-  for (size_t i = 0; i < n; i++) result += text;
-  return result;
-}
-
-struct Row {
-  std::string text, expected;
-};
-
-void check(std::string (*run)(const std::string&), const std::vector<Row>& rows) {
-  for (const Row& row : rows) EXPECT_EQ(row.expected, run(row.text)) << row.text.substr(0, 200);
+void check(const char* rows) {
+  for (const auto& [text, expected] : table<2>(rows)) EXPECT_EQ(expected, read(text)) << text;
 }
 
 // The message of a nesting that is one level too deep.
 std::string too_deep(size_t column) {
-  const std::string levels = std::to_string(kMaxNesting);
-  return fatal("expression nested too deeply (more than " + levels + " levels)", "   1," + std::to_string(column));
+  return "F1," + std::to_string(column) + " expression nested too deeply (more than " + std::to_string(kMaxNesting) +
+         " levels)";
 }
 
 TEST_F(Ffparse, Trees) {
-  check(read, {
-                  {"x", "x"},
-                  {"Plus[a, Times[2, b]]", "%Plus[a,%Times[2,b]]"},
-                  {"f[]", "f[]"},
-                  {"f[a][b][]", "((f[a])[b])[]"},
-                  {"f[g[1], h[][2], \"s\"]", "f[g[1],(h[])[2],\"s\"]"},
-                  {"f[a`b`x, a``b, a`]", "f[a`b`x,a``b,a`]"},
-                  {"$x1[a\304b]", "$x1[a\304b]"},
-              });
+  check(R"(
+      x --> x         Plus[a, Times[2, b]] --> %Plus[a,%Times[2,b]]   f[] --> f[]     f[a][b][] --> ((f[a])[b])[]
+      f[g[1], h[][2], "s"] --> f[g[1],(h[])[2],"s"]   f[a`b`x, a``b, a`] --> f[a`b`x,a``b,a`]
+      // Numbers take the generators' form.
+      f[12., .5, -3.25, -7, 007] --> f[12.,.5,-3.25,-7,007]
+      f[1.5*^3, 1.5*^-3, -.5*^2, -2.5*^-10] --> f[1.5e03,1.5e-03,-.5e02,-2.5e-010]
+      f[2000000000, -1999999999, 0002000000000] --> f[2000000000,-1999999999,0002000000000]
+      2000000001 --> 2000000001.0 | W1,1 Large integer constant 2000000001.  Converted to real.
+      -2000000000 --> -2000000000.0 | W1,1 Large integer constant -2000000000.  Converted to real.
+      \n  30000000000 --> 30000000000.0 | W2,3 Large integer constant 30000000000.  Converted to real.
+      f[(* one (* two *) " *) a,\nb] --> f[a,b]     x (* never (* closed *) --> x                 (**)x(*)*) --> x
+      // Illegal characters are passed over.
+      f[@a,1] --> f[a,1] | E1,3 Illegal character: @            -.5 --> .5 | E1,1 Illegal character: -
+      f[.,1] --> E1,3 Illegal character: . | F Internal error in line 405 of ffparse
+      3*^2 --> E1,2 Illegal character: * | E1,3 Illegal character: ^ | F Internal error in line 288 of ffparse
+      12.*^2 --> E1,4 Illegal character: * | E1,5 Illegal character: ^ | F Internal error in line 288 of ffparse
+      (x --> x | E1,1 Illegal character: (
+    )");
+  EXPECT_EQ("$x1[a\304b]", read("$x1[a\304b]"));
+  EXPECT_EQ("f[a,1] | E1,5 Illegal character: \\177", read("f[a,\x7f"
+                                                           "1]"));
+  EXPECT_EQ("f[a] | E1,3 Illegal character: \" | E1,5 Illegal character: \\351 | E1,6 Illegal character: \"",
+            read("f[\"a\xe9\"]"));
+  // A tab goes to the next of the columns 1, 9, 17, ..., but is one column wide in a string.
+  EXPECT_EQ("f@2,9[\"\t\",x@2,16]", tree_text(read_tree(" (* \n*)\tf[\"\t\", x]"), true));
+  EXPECT_EQ("x@1,17", tree_text(read_tree("(*1234\t*)\tx"), true));
   const tAsynt args = FullFormExpression_Args(read_tree("f[x, a`x, a`x, x]"));
   const tAsynt last = Expression1_Expressions(Expression1_Expressions(Expression1_Expressions(args)));
   EXPECT_EQ(Symbol_SymInfo(Expression1_Expression(args)), Symbol_SymInfo(Expression1_Expression(last)));
 }
 
-TEST_F(Ffparse, NumbersTakeTheGeneratorsForm) {
-  const auto large = [](const char* position, const char* text) {
-    return position + std::string(": Warning     Large integer constant ") + text + ".  Converted to real.\n";
-  };
-  check(read, {
-                  {"f[12., .5, -3.25, -7, 007]", "f[12.,.5,-3.25,-7,007]"},
-                  {"f[1.5*^3, 1.5*^-3, -.5*^2, -2.5*^-10]", "f[1.5e03,1.5e-03,-.5e02,-2.5e-010]"},
-                  {"f[2000000000, -1999999999, 0002000000000]", "f[2000000000,-1999999999,0002000000000]"},
-                  {"2000000001", "2000000001.0" + large("   1,  1", "2000000001")},
-                  {"-2000000000", "-2000000000.0" + large("   1,  1", "-2000000000")},
-                  {"\n  30000000000", "30000000000.0" + large("   2,  3", "30000000000")},
-              });
-}
-
-TEST_F(Ffparse, BlanksAndComments) {
-  check(read, {
-                  {"f[(* one (* two *) \" *) a,\n\tb]", "f[a,b]"},
-                  {"x (* never (* closed *)", "x"},
-                  {"(**)x(*)*)", "x"},
-              });
-  // A tab goes to the next of the columns 1, 9, 17, ..., but is one column wide in a string.
-  EXPECT_EQ("f@2,9[\"\t\",x@2,16]", tree_text(read_tree(" (* \n*)\tf[\"\t\", x]"), true));
-  EXPECT_EQ("x@1,17", tree_text(read_tree("(*1234\t*)\tx"), true));
-}
-
-TEST_F(Ffparse, IllegalCharactersArePassedOver) {
-  const auto illegal = [](const char* position, const std::string& c) {
-    return error("Illegal character: " + c, position);
-  };
-  check(read, {
-                  {"f[@a,\x7f"
-                   "1]",
-                   "f[a,1]" + illegal("   1,  3", "@") + illegal("   1,  6", "\\177")},
-                  {"-.5", ".5" + illegal("   1,  1", "-")},
-                  {"f[.,1]", illegal("   1,  3", ".") + fatal("Internal error in line 405 of ffparse")},
-                  {"f[\"a\xe9\"]",
-                   "f[a]" + illegal("   1,  3", "\"") + illegal("   1,  5", "\\351") + illegal("   1,  6", "\"")},
-                  {"3*^2", illegal("   1,  2", "*") + illegal("   1,  3", "^") +
-                               fatal("Internal error in line 288 of ffparse")},
-                  {"12.*^2", illegal("   1,  4", "*") + illegal("   1,  5", "^") +
-                                 fatal("Internal error in line 288 of ffparse")},
-                  {"(x", "x" + illegal("   1,  1", "(")},
-              });
-}
-
+// By message, the texts that end in it.
 TEST_F(Ffparse, FaultsOfTheFormAreFatal) {
-  const std::string eof =
-      fatal("The Evaluate-value generated for Evaluate-function has wrong syntax. Premature EOF found.");
-  const auto internal = [](int line) {
-    return fatal("Internal error in line " + std::to_string(line) + " of ffparse");
-  };
-  check(read, {
-                  {"", eof},
-                  {"f[", eof},
-                  {"f[a", eof},
-                  {"f[a,", eof},
-                  {"oz$Type", eof},
-                  {"a]", fatal("Too many closing brackets.")},
-                  {"f[a]]", fatal("Too many closing brackets.")},
-                  {"a, b", fatal("I would have prefered an EOF instead of the comma.")},
-                  {"f[] g`h", fatal("Unexpected symbol 'g`h'", "   1,  5")},
-                  {"f[1 x]", fatal("Unexpected symbol 'x'", "   1,  5")},
-                  {"oz$Type x", fatal("Unexpected symbol 'x'", "   1,  9")},
-                  {"1 2", internal(288)},
-                  {"a \"s\"", internal(288)},
-                  {"oz$Type 1.5", internal(288)},
-                  {"[", internal(345)},
-                  {"1[2]", internal(345)},
-                  {"f[[", internal(345)},
-                  {"]", internal(368)},
-                  {"f[a,]", internal(368)},
-                  {"f[oz$Type]", internal(368)},
-                  {",", internal(405)},
-                  {"f[,a]", internal(405)},
-                  {"f[a,,b]", internal(405)},
-                  {"f[oz$Type,a]", internal(405)},
-              });
+  const std::pair<const char*, std::vector<const char*>> rows[] = {
+      {"F The Evaluate-value generated for Evaluate-function has wrong syntax. Premature EOF found.",
+       {"", "f[", "f[a", "f[a,", "oz$Type"}},
+      {"F Too many closing brackets.", {"a]", "f[a]]"}},
+      {"F I would have prefered an EOF instead of the comma.", {"a, b"}},
+      {"F1,5 Unexpected symbol 'g`h'", {"f[] g`h"}},
+      {"F1,5 Unexpected symbol 'x'", {"f[1 x]"}},
+      {"F1,9 Unexpected symbol 'x'", {"oz$Type x"}},
+      {"F Internal error in line 288 of ffparse", {"1 2", "a \"s\"", "oz$Type 1.5"}},
+      {"F Internal error in line 345 of ffparse", {"[", "1[2]", "f[["}},
+      {"F Internal error in line 368 of ffparse", {"]", "f[a,]", "f[oz$Type]"}},
+      {"F Internal error in line 405 of ffparse", {",", "f[,a]", "f[a,,b]", "f[oz$Type,a]"}}};
+  for (const auto& [message, texts] : rows)
+    for (const char* text : texts) EXPECT_EQ(message, read(text)) << text;
 }
 
 TEST_F(Ffparse, AnnotationsGiveTypes) {
-  const std::string size = error("Strange index type. should be int.");
-  const std::string internal = fatal("Internal error in line 48 of typepat");
-  check(read,
-        {
-            {"f[oz$Type[x, oz$Real], x]", "f[x:Real,x:Real]"},
-            {"oz$Type[x, oz$ArrayType[oz$Int, 2, -1]]", "x:ArrayType[Int,{2,-1}]"},
-            {"oz$Type[x, oz$MultiType[oz$Int, oz$ArrayType[oz$Bool, 0]]]", "x:MultiType[Int,ArrayType[Bool,{0}]]"},
-            {"f[oz$Type[x, oz$Int], oz$Type[y, x]]", "f[x:Int,y:Int]"},
-            {"oz$Type[oz$Type[x, oz$Real], oz$Real][1]", "x:Real[1]"},
-            {"oz$Type[x, y, z]", "oz$Type[x,y,z]"},
-            {"oz$Type[]", "oz$Type[]"},
-            {"oz$Type[x, oz$ArrayType[oz$Real]]", "x:ArrayType[Real,{0}]" + size},
-            {"oz$Type[x, oz$ArrayType[oz$Real, n, 3, g[1], 2.5, \"7\"]]",
-             "x:ArrayType[Real,{0,3,0,2,7}]" + size + size + size + size},
-            {"oz$Type[x, oz$MultiType[oz$Int, oz$MultiType[oz$Int]]]", fatal("Nested MultiTypes not allowed (?)")},
-            {"oz$Type[x, oz$ArrayType[]]", internal},
-            {"oz$Type[x, g[oz$Real]]", internal},
-            {"oz$Type[x, g[1][2]]", internal},
-            {"oz$Type[x, 1]", internal},
-        });
-}
-
-TEST_F(Ffparse, OneSymbolHasOneType) {
-  const auto changing = [](const std::string& name) { return error("Changing type for " + name + "!\n"); };
-  const auto twice = [](const std::string& name, const std::string& a, const std::string& b) {
-    return "f[oz$Type[" + name + ", " + a + "], oz$Type[" + name + ", " + b + "]]";
-  };
-  check(read, {
-                  {twice("x", "oz$Real", "oz$Real"), "f[x:Real,x:Real]"},
-                  {twice("x", "oz$Real", "oz$Int"), "f[x:Real,x:Real]" + changing("x")},
-                  {twice("x", "oz$ArrayType[oz$Real, 2]", "oz$ArrayType[oz$Real, 2]"),
-                   "f[x:ArrayType[Real,{2}],x:ArrayType[Real,{2}]]"},
-                  {twice("x", "oz$ArrayType[oz$Real, 2]", "oz$ArrayType[oz$Real, 3]"),
-                   "f[x:ArrayType[Real,{2}],x:ArrayType[Real,{2}]]" + changing("x")},
-                  {twice("x", "oz$MultiType[oz$Int]", "oz$MultiType[oz$Int, oz$Int]"),
-                   "f[x:MultiType[Int],x:MultiType[Int]]" + changing("x")},
-                  {twice("a[1]", "oz$Real", "oz$Int"), "f[<a[1]:Real>,<a[1]:Real>]" + changing("a[1]")},
-                  {"oz$Type[Sin, oz$Real]", "%Sin" + changing("Sin")},
-                  {"oz$Type[1, oz$Real]", "1" + error("Trying to set type for ExactIntConst.\n")},
-              });
+  check(R"(
+      f[oz$Type[x, oz$Real], x] --> f[x:Real,x:Real]
+      oz$Type[x, oz$ArrayType[oz$Int, 2, -1]] --> x:ArrayType[Int,{2,-1}]
+      oz$Type[x, oz$MultiType[oz$Int, oz$ArrayType[oz$Bool, 0]]] --> x:MultiType[Int,ArrayType[Bool,{0}]]
+      f[oz$Type[x, oz$Int], oz$Type[y, x]] --> f[x:Int,y:Int]   oz$Type[oz$Type[x, oz$Real], oz$Real][1] --> x:Real[1]
+      oz$Type[x, y, z] --> oz$Type[x,y,z]                       oz$Type[] --> oz$Type[]
+      oz$Type[x, oz$ArrayType[oz$Real]] --> x:ArrayType[Real,{0}] | E Strange index type. should be int.
+      oz$Type[x, oz$ArrayType[oz$Real, n, 3, 2.5, "7"]] --> \
+          x:ArrayType[Real,{0,3,2,7}] | E Strange index type. should be int. | E Strange index type. should be int. | \
+          E Strange index type. should be int.
+      oz$Type[x, oz$ArrayType[oz$Real, g[1]]] --> x:ArrayType[Real,{0}] | E Strange index type. should be int.
+      oz$Type[x, oz$MultiType[oz$Int, oz$MultiType[oz$Int]]] --> F Nested MultiTypes not allowed (?)
+      oz$Type[x, oz$ArrayType[]] --> F Internal error in line 48 of typepat
+      oz$Type[x, g[oz$Real]] --> F Internal error in line 48 of typepat
+      oz$Type[x, g[1][2]] --> F Internal error in line 48 of typepat
+      oz$Type[x, 1] --> F Internal error in line 48 of typepat
+      // One symbol has one type.
+      f[oz$Type[x, oz$Real], oz$Type[x, oz$Real]] --> f[x:Real,x:Real]
+      f[oz$Type[x, oz$Real], oz$Type[x, oz$Int]] --> f[x:Real,x:Real] | E Changing type for x! |\s
+      f[oz$Type[x, oz$ArrayType[oz$Real, 2]], oz$Type[x, oz$ArrayType[oz$Real, 2]]] --> \
+          f[x:ArrayType[Real,{2}],x:ArrayType[Real,{2}]]
+      f[oz$Type[x, oz$ArrayType[oz$Real, 2]], oz$Type[x, oz$ArrayType[oz$Real, 3]]] --> \
+          f[x:ArrayType[Real,{2}],x:ArrayType[Real,{2}]] | E Changing type for x! |\s
+      f[oz$Type[x, oz$MultiType[oz$Int]], oz$Type[x, oz$MultiType[oz$Int, oz$Int]]] --> \
+          f[x:MultiType[Int],x:MultiType[Int]] | E Changing type for x! |\s
+      f[oz$Type[a[1], oz$Real], oz$Type[a[1], oz$Int]] --> f[<a[1]:Real>,<a[1]:Real>] | E Changing type for a[1]! |\s
+      oz$Type[Sin, oz$Real] --> %Sin | E Changing type for Sin! |\s
+      oz$Type[1, oz$Real] --> 1 | E Trying to set type for ExactIntConst. |\s
+    )");
   // Named by no annotation, an application is no symbol.
-  const std::string message = message_of([] { set_sym_type(read_tree("f[1]"), mRealType(nullptr)); });
-  EXPECT_EQ(error("Trying to set type for SimpleFFE.\n"), message);
+  EXPECT_EQ("E Trying to set type for SimpleFFE. | ",
+            said([] { set_sym_type(read_tree("f[1]"), mRealType(nullptr)); }));
 }
 
 TEST_F(Ffparse, NamesOfSeveralTokens) {
-  check(read,
-        {
-            {"f[a[1], oz$Type[a[1], oz$Real], a[1], a[2], g[a[ 1 ]]]",
-             "f[a[1],<a[1]:Real>,<a[1]:Real>,a[2],g[<a[1]:Real>]]"},
-            // The longest name wins; a shorter one inside counts when the longer one fails.
-            {"f[oz$Type[a[1], oz$Real], oz$Type[b[a[1], 2], oz$Int], b[a[1], 2], b[a[1], 3], b[a[1]]]",
-             "f[<a[1]:Real>,<b[a[1],2]:Int>,<b[a[1],2]:Int>,b[<a[1]:Real>,3],b[<a[1]:Real>]]"},
-            {"f[oz$Type[a[1], oz$Real], oz$Type[a[1][2], oz$Int], a[1][2], a[1][3]]",
-             "f[<a[1]:Real>,<(a[1])[2]:Int>,<(a[1])[2]:Int>,<a[1]:Real>[3]]"},
-            // Tokens are compared by their text, of whatever length.
-            {"f[oz$Type[a[\"1\"], oz$Int], a[1], a[\"1\"]]", "f[<a[\"1\"]:Int>,a[1],<a[\"1\"]:Int>]"},
-            {"f[oz$Type[a[abcdefgh1, -1.5], oz$Int], a[abcdefgh1, -1.5], a[abcdefgh2, -1.5], a[abcdefgh, -1.5]]",
-             "f[<a[abcdefgh1,-1.5]:Int>,<a[abcdefgh1,-1.5]:Int>,a[abcdefgh2,-1.5],a[abcdefgh,-1.5]]"},
-            {"f[oz$Type[a[], oz$Int], a[], a, a[a]]", "f[<a[]:Int>,<a[]:Int>,a,a[a]]"},
-            {"f[oz$Type[a[1][], oz$Int], oz$Type[a[1][][], oz$Real], a[1][], a[1][][], a[1][2], a[]]",
-             "f[<(a[1])[]:Int>,<((a[1])[])[]:Real>,<(a[1])[]:Int>,<((a[1])[])[]:Real>,(a[1])[2],a[]]"},
-            // Without a comma there is no name, and reading goes on as ever.
-            {"f[oz$Type[a[1]], a[1], oz$Type[a[1], oz$Int], a[1]]", "f[oz$Type[a[1]],a[1],<a[1]:Int>,<a[1]:Int>]"},
-            {"f[oz$Type[a[1], b, c], a[1]]", "f[oz$Type[<a[1]>,b,c],<a[1]>]"},
-            // An annotation is no part of a name, nor is its symbol of one.
-            {"f[oz$Type[b[a], oz$Int], b[oz$Type[a, oz$Real]]]", "f[<b[a:Real]:Int>,b[a:Real]]"},
-            {"f[oz$Type[b[oz$Type[a[1], oz$Real], 2], oz$Int], b[a[1], 2]]",
-             "f[b[<a[1]:Real>,2],b[<a[1]:Real>,2]]" + error("Trying to set type for SimpleFFE.\n")},
-        });
+  check(R"(
+      f[a[1], oz$Type[a[1], oz$Real], a[1], a[2], g[a[ 1 ]]] --> f[a[1],<a[1]:Real>,<a[1]:Real>,a[2],g[<a[1]:Real>]]
+      // The longest name wins; a shorter one inside counts when the longer one fails.
+      f[oz$Type[a[1], oz$Real], oz$Type[b[a[1], 2], oz$Int], b[a[1], 2], b[a[1], 3], b[a[1]]] --> \
+          f[<a[1]:Real>,<b[a[1],2]:Int>,<b[a[1],2]:Int>,b[<a[1]:Real>,3],b[<a[1]:Real>]]
+      f[oz$Type[a[1], oz$Real], oz$Type[a[1][2], oz$Int], a[1][2], a[1][3]] --> \
+          f[<a[1]:Real>,<(a[1])[2]:Int>,<(a[1])[2]:Int>,<a[1]:Real>[3]]
+      // Tokens are compared by their text, of whatever length.
+      f[oz$Type[a["1"], oz$Int], a[1], a["1"]] --> f[<a["1"]:Int>,a[1],<a["1"]:Int>]
+      f[oz$Type[a[abcdefgh1, -1.5], oz$Int], a[abcdefgh1, -1.5], a[abcdefgh2, -1.5], a[abcdefgh, -1.5]] --> \
+          f[<a[abcdefgh1,-1.5]:Int>,<a[abcdefgh1,-1.5]:Int>,a[abcdefgh2,-1.5],a[abcdefgh,-1.5]]
+      f[oz$Type[a[], oz$Int], a[], a, a[a]] --> f[<a[]:Int>,<a[]:Int>,a,a[a]]
+      f[oz$Type[a[1][], oz$Int], oz$Type[a[1][][], oz$Real], a[1][], a[1][][], a[1][2], a[]] --> \
+          f[<(a[1])[]:Int>,<((a[1])[])[]:Real>,<(a[1])[]:Int>,<((a[1])[])[]:Real>,(a[1])[2],a[]]
+      // Without a comma there is no name, and reading goes on as ever.
+      f[oz$Type[a[1]], a[1], oz$Type[a[1], oz$Int], a[1]] --> f[oz$Type[a[1]],a[1],<a[1]:Int>,<a[1]:Int>]
+      f[oz$Type[a[1], b, c], a[1]] --> f[oz$Type[<a[1]>,b,c],<a[1]>]
+      // An annotation is no part of a name, nor is its symbol of one.
+      f[oz$Type[b[a], oz$Int], b[oz$Type[a, oz$Real]]] --> f[<b[a:Real]:Int>,b[a:Real]]
+      f[oz$Type[b[oz$Type[a[1], oz$Real], 2], oz$Int], b[a[1], 2]] --> \
+          f[b[<a[1]:Real>,2],b[<a[1]:Real>,2]] | E Trying to set type for SimpleFFE. |\s
+    )");
 }
 
 TEST_F(Ffparse, ComponentNamesBecomeParts) {
-  const std::string indices = fatal("Too many indices.", "   1,  1");
-  check(eliminated, {
-                        {"oz$x$C[3]", "XPart@1,1[x@1,1,3]"},
-                        {"f[1, oz$x$C[oz$y$C[1]]]", "f@1,1[1,XPart@1,6[x@1,6,XPart@1,13[y@1,13,1]]]"},
-                        {"oz$x$C[i][j]", "XPart@1,1[XPart@1,1[x@1,1,i@1,8],j@1,11]"},
-                        {"oz$x$C[1][2][3]", "XPart@1,1[(XPart@1,1[x@1,1,1])[2],3]"},
-                        {"g[1][oz$x$C[2]]", "(g@1,1[1])[XPart@1,6[x@1,6,2]]"},
-                        {"oz$Tank`v$C[1]", "XPart@1,1[Tank`v@1,1,1]"},
-                        {"Tank`oz$v$C[1]", "XPart@1,1[Tank@1,1`v@1,1,1]"},
-                        {"oz$C[oz$x$Cy[1]]", "oz$C@1,1[oz$x$Cy@1,6[1]]"},
-                        {"oz$x$C[1, 2]", indices},
-                        {"oz$x$C[]", indices},
-                        {"oz$x$C[1, 2][3]", indices},
-                        {"oz$x$C[1][2, 3]", indices},
-                    });
+  for (const auto& [text, expected] : table<2>(R"(
+      oz$x$C[3] --> XPart@1,1[x@1,1,3]      f[1, oz$x$C[oz$y$C[1]]] --> f@1,1[1,XPart@1,6[x@1,6,XPart@1,13[y@1,13,1]]]
+      oz$x$C[i][j] --> XPart@1,1[XPart@1,1[x@1,1,i@1,8],j@1,11]
+      oz$x$C[1][2][3] --> XPart@1,1[(XPart@1,1[x@1,1,1])[2],3]
+      g[1][oz$x$C[2]] --> (g@1,1[1])[XPart@1,6[x@1,6,2]]       oz$Tank`v$C[1] --> XPart@1,1[Tank`v@1,1,1]
+      Tank`oz$v$C[1] --> XPart@1,1[Tank@1,1`v@1,1,1]           oz$C[oz$x$Cy[1]] --> oz$C@1,1[oz$x$Cy@1,6[1]]
+      oz$x$C[1, 2] --> F1,1 Too many indices.                  oz$x$C[] --> F1,1 Too many indices.
+      oz$x$C[1, 2][3] --> F1,1 Too many indices.               oz$x$C[1][2, 3] --> F1,1 Too many indices.
+    )"))
+    EXPECT_EQ(expected, eliminated(text)) << text;
 }
 
 TEST_F(Ffparse, NestingIsBounded) {
@@ -279,8 +184,8 @@ TEST_F(Ffparse, NestingIsBounded) {
                 EXPECT_TRUE(CheckAsynt(tree));
               }));
   for (const std::string& text : {nested(kMaxNesting + 1), heads(kMaxNesting + 1), heads(50 * kMaxNesting)})
-    EXPECT_EQ(too_deep(2 * kMaxNesting + 2), message_of([&] { read_tree(text); }));
-  EXPECT_EQ(too_deep(2 * kMaxNesting + 2), message_of([&] { read_tree("g[" + heads(kMaxNesting) + "]"); }));
+    EXPECT_EQ(too_deep(2 * kMaxNesting + 2), said([&] { read_tree(text); }));
+  EXPECT_EQ(too_deep(2 * kMaxNesting + 2), said([&] { read_tree("g[" + heads(kMaxNesting) + "]"); }));
   EXPECT_EQ("", message_of([] { read_tree("oz$x$C" + repeated("[1]", 1000)); }));
 }
 
@@ -293,8 +198,8 @@ TEST_F(Ffparse, TypesThatGrowFromNamedOnesAreBounded) {
     deep += ", " + type_of(i) + "ArrayType[" + before + ", 2]]";
     large += ", " + type_of(i) + "ArrayType[oz$MultiType[" + before + ", " + before + "], 2]]";
   }
-  EXPECT_EQ(fatal("Type nested too deeply (more than 100 levels)."), message_of([&] { read_tree(deep + "]"); }));
-  EXPECT_EQ(fatal("Type too large."), message_of([&] { read_tree(large + "]"); }));
+  EXPECT_EQ("F Type nested too deeply (more than 100 levels).", said([&] { read_tree(deep + "]"); }));
+  EXPECT_EQ("F Type too large.", said([&] { read_tree(large + "]"); }));
 }
 
 TEST_F(Ffparse, LongTextsAndManyNames) {
@@ -318,7 +223,7 @@ TEST_F(Ffparse, EveryReadingStartsAfresh) {
   EXPECT_EQ("f[x:Real,<a[1]:Int>]", read("f[oz$Type[x, oz$Real], oz$Type[a[1], oz$Int]]"));
   // Also behind readings that were cut short, more than texts can nest.
   for (int i = 0; i < 20; i++)
-    EXPECT_EQ(fatal("Unexpected symbol 'y'", "   1, 39"), read("f[oz$Type[b[2], oz$Int], oz$Type[b[1] y ]"));
+    EXPECT_EQ("F1,39 Unexpected symbol 'y'", read("f[oz$Type[b[2], oz$Int], oz$Type[b[1] y ]"));
   EXPECT_EQ("f[x,a[1],b[2]]", read("f[x, a[1], b[2]]"));
 }
 
@@ -326,7 +231,7 @@ TEST_F(Ffparse, TextsOneInAnother) {
   const std::string underflow = "   0,  0: ffscan: file stack underflow (too many calls of ffscan_CloseFile)\n";
   ffscan_Attribute.Position = NoPosition;
   EXPECT_EQ(underflow, message_of([] { ffscan_CloseFile(); }));
-  EXPECT_EQ(fatal("Source string not initialized"), message_of([] { ffscan_BeginFile(""); }));
+  EXPECT_EQ("F Source string not initialized", said([] { ffscan_BeginFile(""); }));
   ffscan_SetString("1, 2");
   ffscan_BeginFile("");
   EXPECT_EQ(fftInteger, ffscan_GetToken());

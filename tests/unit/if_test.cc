@@ -1,30 +1,16 @@
 // Conditionals rebuilt from lists of assignments to temporaries.
 //
-// Lists are written "T1 = E; T2 = E; y = T2" with E as type_text.h reads it; the result as "T1=a*b; If[c, T2=T1,
+// Lists are written "T1 = E; T2 = E; y = T2" with E as support.h reads it; the result as "T1=a*b; If[c, T2=T1,
 // T2=a]", where a branch may hold several statements.
 
 #include "if.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstdlib>
-#include <string>
-
-#include "fatal_text.h"
-#include "operator_name.h"
-#include "type_text.h"
-#include "unparse.h"
+#include "support.h"
 
 namespace oz {
 namespace {
 
-struct IfTest : testing::Test {
-  IfTest() {
-    bigbuf_init();
-    init_operator_name();
-  }
-};
+using IfTest = Trees;
 
 tAsynt temporary(unsigned number) { return mSymbol(mTempSymbol(mNoType(), NoPosition, number)); }
 
@@ -52,62 +38,59 @@ tAsynt list_of(const std::string& text) {
   return Variadic_Expressions(list);
 }
 
-std::string code_text(tAsynt t) {
+std::string shown(tAsynt t) {
   if (Asynt_Kind(t) == kXIf) {
     const std::string condition = unparse_string(XIf_Condition(t));
-    return "If[" + condition + ", " + code_text(XIf_T(t)) + ", " + code_text(XIf_F(t)) + "]";
+    return "If[" + condition + ", " + shown(XIf_T(t)) + ", " + shown(XIf_F(t)) + "]";
   }
   if (Asynt_Kind(t) != kXCompoundExpression) return unparse_string(t);
   std::string text;
   for (tAsynt p = Variadic_Expressions(t); Asynt_Kind(p) == kExpression1; p = Expression1_Expressions(p))
-    text += (text.empty() ? "" : "; ") + code_text(Expression1_Expression(p));
+    text += (text.empty() ? "" : "; ") + shown(Expression1_Expression(p));
   return text;
 }
 
 std::string rewritten(const std::string& text) {
   const tAsynt code = rewrite_ifs(list_of(text), 10);
   EXPECT_TRUE(CheckAsynt(code)) << text;
-  std::string result = code_text(code);
+  std::string result = shown(code);
   for (size_t at; (at = result.find("Temp_")) != std::string::npos;) result.replace(at, 5, "T");
   return result;
 }
 
 TEST_F(IfTest, WorkedExamples) {
-  const struct {
-    const char* list;
-    const char* code;
-  } rows[] = {
+  for (const auto& [list, code] : table<2>(R"(
       // No conditional: temporaries in the order of their numbers, then the real assignments. T3 is needed by nobody.
-      {"T1 = XTimes[a,b]; y = T1; T2 = XMinus[T1]; T3 = XMinus[a]; z = T2", "T1=a*b; T2=-T1; y=T1; z=T2"},
-      {"y = a", "y=a"},
+      T1 = XTimes[a,b]; y = T1; T2 = XMinus[T1]; T3 = XMinus[a]; z = T2 --> T1=a*b; T2=-T1; y=T1; z=T2
+      y = a --> y=a
       // One branch: needed by y in any case is T2 alone, since {T1} and {} have nothing in common.
-      {"T1 = XTimes[a,b]; T2 = XIf[c,T1,a]; y = T2", "If[c, T1=a*b; T2=T1, T2=a]; y=T2"},
-      {"T1 = XTimes[a,b]; T2 = XIf[c,a,T1]; y = T2", "If[c, T2=a, T1=a*b; T2=T1]; y=T2"},
+      T1 = XTimes[a,b]; T2 = XIf[c,T1,a]; y = T2 --> If[c, T1=a*b; T2=T1, T2=a]; y=T2
+      T1 = XTimes[a,b]; T2 = XIf[c,a,T1]; y = T2 --> If[c, T2=a, T1=a*b; T2=T1]; y=T2
       // Both branches: {T1,T2,T3} and {T2} have T2 in common, so T2 moves in front.
-      {"T1 = XTimes[a,b]; T2 = XPlus[a,1]; T3 = XPlus[T1,T2]; T4 = XIf[c,T3,T2]; y = T4",
-       "T2=a+1; If[c, T1=a*b; T3=T1+T2; T4=T3, T4=T2]; y=T4"},
+      T1 = XTimes[a,b]; T2 = XPlus[a,1]; T3 = XPlus[T1,T2]; T4 = XIf[c,T3,T2]; y = T4 --> \
+          T2=a+1; If[c, T1=a*b; T3=T1+T2; T4=T3, T4=T2]; y=T4
       // The condition and a branch: what the condition needs is needed in any case.
-      {"T1 = XTimes[a,b]; T2 = XLess[T1,a]; T3 = XIf[T2,T1,a]; y = T3", "T1=a*b; T2=T1<a; If[T2, T3=T1, T3=a]; y=T3"},
+      T1 = XTimes[a,b]; T2 = XLess[T1,a]; T3 = XIf[T2,T1,a]; y = T3 --> T1=a*b; T2=T1<a; If[T2, T3=T1, T3=a]; y=T3
       // A branch and the code behind: y needs T1 itself.
-      {"T1 = XTimes[a,b]; T2 = XIf[c,T1,a]; T3 = XPlus[T1,T2]; y = T3", "T1=a*b; If[c, T2=T1, T2=a]; T3=T1+T2; y=T3"},
+      T1 = XTimes[a,b]; T2 = XIf[c,T1,a]; T3 = XPlus[T1,T2]; y = T3 --> T1=a*b; If[c, T2=T1, T2=a]; T3=T1+T2; y=T3
       // One branch each of two conditionals: {T1} with {} twice, so that either computes T1 for itself.
-      {"T1 = XTimes[a,b]; T2 = XIf[c,T1,a]; T3 = XIf[d,b,T1]; y = XPlus[T2,T3]",
-       "If[c, T1=a*b; T2=T1, T2=a]; If[d, T3=b, T1=a*b; T3=T1]; y=T2+T3"},
+      T1 = XTimes[a,b]; T2 = XIf[c,T1,a]; T3 = XIf[d,b,T1]; y = XPlus[T2,T3] --> \
+          If[c, T1=a*b; T2=T1, T2=a]; If[d, T3=b, T1=a*b; T3=T1]; y=T2+T3
       // A conditional in a branch: outside {T3} with {}; in the branch T3's condition needs T1, its branches {T2} and
       // {}.
-      {"T1 = XLess[a,b]; T2 = XMinus[a]; T3 = XIf[T1,T2,b]; T4 = XIf[c,T3,a]; y = T4",
-       "If[c, T1=a<b; If[T1, T2=-a; T3=T2, T3=b]; T4=T3, T4=a]; y=T4"},
+      T1 = XLess[a,b]; T2 = XMinus[a]; T3 = XIf[T1,T2,b]; T4 = XIf[c,T3,a]; y = T4 --> \
+          If[c, T1=a<b; If[T1, T2=-a; T3=T2, T3=b]; T4=T3, T4=a]; y=T4
       // A conditional that both branches need, v = If[c, a*b, a] in If[d, v, v+a*b]. What T2 needs in any case is T2
       // alone, of the branches {T2} and {T1,T2,T3} that is in common. T1 is computed where T2 is and again where T3 is.
-      {"T1 = XTimes[a,b]; T2 = XIf[c,T1,a]; T3 = XPlus[T2,T1]; T4 = XIf[d,T2,T3]; y = T4",
-       "If[c, T1=a*b; T2=T1, T2=a]; If[d, T4=T2, T1=a*b; T3=T2+T1; T4=T3]; y=T4"},
+      T1 = XTimes[a,b]; T2 = XIf[c,T1,a]; T3 = XPlus[T2,T1]; T4 = XIf[d,T2,T3]; y = T4 --> \
+          If[c, T1=a*b; T2=T1, T2=a]; If[d, T4=T2, T1=a*b; T3=T2+T1; T4=T3]; y=T4
       // In common of T3's branches is what T2 needs in any case: T1, in both branches of T2.
-      {"T1 = XTimes[a,b]; T2 = XIf[c,T1,XMinus[T1]]; T3 = XIf[d,T2,T1]; y = T3",
-       "T1=a*b; If[d, If[c, T2=T1, T2=-T1]; T3=T2, T3=T1]; y=T3"},
+      T1 = XTimes[a,b]; T2 = XIf[c,T1,XMinus[T1]]; T3 = XIf[d,T2,T1]; y = T3 --> \
+          T1=a*b; If[d, If[c, T2=T1, T2=-T1]; T3=T2, T3=T1]; y=T3
       // A list that gives no value to T1: there is nothing to place.
-      {"T2 = XIf[c,T1,a]; y = XPlus[T1,T2]", "If[c, T2=T1, T2=a]; y=T1+T2"},
-  };
-  for (const auto& row : rows) EXPECT_EQ(row.code, rewritten(row.list)) << row.list;
+      T2 = XIf[c,T1,a]; y = XPlus[T1,T2] --> If[c, T2=T1, T2=a]; y=T1+T2
+    )"))
+    EXPECT_EQ(code, rewritten(list)) << list;
 }
 
 // ---- large lists

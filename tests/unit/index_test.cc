@@ -37,19 +37,6 @@ using Keys = std::vector<std::string>;
 class BothIndices : public testing::TestWithParam<int> {};
 INSTANTIATE_TEST_SUITE_P(Types, BothIndices, testing::Values(linked_list, hash_table));
 
-TEST_P(BothIndices, EntriesOfAKey) {
-  Index* index = make_index(GetParam(), 0);
-  EXPECT_EQ(nullptr, lookup(nullptr, "a"));
-  EXPECT_EQ(nullptr, lookup(index, "a"));
-  EXPECT_EQ(-1, remove_from_entry(index, "a"));
-  EXPECT_EQ(1, create_entry(index, node(1), "a"));
-  EXPECT_EQ(0, create_entry(index, node(2), "a"));
-  EXPECT_EQ(Numbers{1}, numbers(lookup(index, "a")));
-  EXPECT_EQ(1, add_to_entry(index, node(9), ""));
-  EXPECT_EQ(Numbers{9}, numbers(lookup(index, "")));
-  delete_index(index);
-}
-
 // A word of n's eight bits, "ab" for 0 and "bA" for 1: the table gives all of them the same hash.
 std::string colliding(size_t n) {
   std::string s;
@@ -125,23 +112,6 @@ TEST(Table, HashFunction) {
   EXPECT_EQ(((((97u * 33 + 98) * 33 + 99) * 33 + 100) * 33 + 101) * 33, hash_x33_u4("abcde", 6));
 }
 
-// "a" hashes to 97 * 33 = 3201, bucket 129; "b" to 3234, bucket 162; "ab" and "bA" to 3299 * 33 = 108867, bucket 67;
-// the newer one stands first in its bucket.
-TEST(Table, IteratesByBucket) {
-  Index* index = make_index(hash_table, 1);
-  for (const char* k : {"b", "ab", "a", "bA"}) create_entry(index, node(1), k);
-  EXPECT_EQ((Keys{"bA", "ab", "a", "b"}), keys(index));
-  clear_index(index);
-  EXPECT_EQ((Keys{"bA", "ab", "a", "b"}), keys(index)) << "a table is not cleared";
-  Iter* iter = start_iter(index);
-  iter_next(iter);
-  remove_from_entry(index, "bA");
-  EXPECT_STREQ("bA", iter_key(iter));
-  iter_next(iter);
-  EXPECT_STREQ("ab", iter_key(iter));
-  delete_index(index);
-}
-
 TEST(Table, SplitsAtThe513thKeyAndShrinks) {
   hashtable* t = init_hashtable();
   for (int i = 1; i <= 512; i++) add_to_hashtable(t, std::to_string(i).c_str(), node(1), 1);
@@ -170,24 +140,6 @@ TEST(Table, SplitsAtThe513thKeyAndShrinks) {
   EXPECT_EQ(0u, t->p + t->maxp_minus_1);
   for (int i = 0; i < 1000; i++) add_to_hashtable(t, std::to_string(i).c_str(), node(1), 1);
   for (int i = 0; i < 1000; i++) EXPECT_NE(nullptr, find_in_hashtable(t, std::to_string(i).c_str()));
-  delete_hashtable(t);
-}
-
-// A split moves each key from the head of the old chain to the head of a new one, so that the order is reversed:
-// with equal hashes the keys come newest first, and oldest first behind the split of their bucket, number 67.
-TEST(Table, ASplitReversesTheChain) {
-  hashtable* t = init_hashtable();
-  add_to_hashtable(t, "ab", node(1), 1);
-  add_to_hashtable(t, "bA", node(1), 1);
-  element* old_bucket = t->directory[0]->buckets[67];
-  EXPECT_STREQ("bA", old_bucket->str);
-  int i = 0;
-  for (; t->p <= 67; i++) add_to_hashtable(t, ("0" + std::to_string(i)).c_str(), node(1), 1);
-  Keys order;
-  unsigned bucket = hash_x33_u4("ab", 3) & 511;
-  for (element* e = t->directory[bucket >> 8]->buckets[bucket & 255]; e; e = e->next)
-    if (e->str[0] != '0') order.emplace_back(e->str);
-  EXPECT_EQ((Keys{"ab", "bA"}), order);
   delete_hashtable(t);
 }
 

@@ -2,17 +2,13 @@
 
 #include "Memory.h"
 
-#include <gtest/gtest.h>
-
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
-#include <string>
-#include <vector>
 
 #include "DynArray.h"
 #include "Idents.h"
 #include "System.h"
+#include "support.h"
 
 namespace oz {
 namespace {
@@ -81,17 +77,16 @@ TEST(Memory, BigBlocksComeFromTheSystem) {
 }
 
 TEST(DynArray, StrideAndCount) {
-  const struct {
-    size_t size, stride, asked, count;
-  } rows[] = {{1, 1, 5, 8}, {2, 2, 5, 6}, {3, 4, 5, 5},  {4, 4, 1, 1},
-              {5, 8, 3, 3}, {8, 8, 1, 1}, {9, 16, 1, 1}, {6, 8, 2, 2}};
-  for (const auto& r : rows) {
-    EXPECT_EQ(r.stride, AlignedSize(r.size)) << r.size;
+  for (const auto& [size, stride, asked, count] : table<4>(R"(
+      1 --> 1 --> 5 --> 8          2 --> 2 --> 5 --> 6          3 --> 4 --> 5 --> 5          4 --> 4 --> 1 --> 1
+      5 --> 8 --> 3 --> 3          8 --> 8 --> 1 --> 1          9 --> 16 --> 1 --> 1         6 --> 8 --> 2 --> 2
+    )")) {
+    EXPECT_EQ(std::stoul(stride), AlignedSize(std::stoul(size))) << std::stoul(size);
     char* a;
-    size_t n = r.asked;
-    MakeArray(&a, &n, r.size);
-    EXPECT_EQ(r.count, n) << r.size;
-    ReleaseArray(&a, &n, r.size);
+    size_t n = std::stoul(asked);
+    MakeArray(&a, &n, std::stoul(size));
+    EXPECT_EQ(std::stoul(count), n) << std::stoul(size);
+    ReleaseArray(&a, &n, std::stoul(size));
     EXPECT_EQ(nullptr, a);
   }
 }

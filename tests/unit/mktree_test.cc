@@ -1,14 +1,13 @@
 // The schema compiler rejects a bad schema with file and line.
 
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdio>
-#include <cstdlib>
 #include <fstream>
-#include <string>
 
+#include "support.h"
+
+namespace oz {
 namespace {
 
 // Runs mktree on a schema; its standard error, with the scratch folder's name taken out, and its status in front.
@@ -29,23 +28,20 @@ std::string run(const std::string& schema) {
 }
 
 TEST(MkTree, RejectsBadSchemas) {
-  const struct {
-    const char* schema;
-    const char* result;
-  } rows[] = {
-      {"tree T\n0 NoT\n1 A { x:int }\n2 B : A { c:A }\n", "0 "},
-      {"tree T\n0 NoT\n1 A { any:T }\n", "0 "},
-      {"tree T\n0 NoT\n2 A\n", "1 t.tree:3: kind A has the wrong number\n"},
-      {"tree T\n0 NoT\n\n# a comment\n1 A : B\n", "1 t.tree:5: unknown base B\n"},
-      {"tree T\n0 NoT\n1 A { x:Nothing }\n", "1 t.tree:3: unknown kind Nothing\n"},
-      {"tree T\n0 NoT\n1 NoT\n", "1 t.tree:3: kind NoT is declared twice\n"},
-      {"tree T\n0 NoT\n1 A\n2 B\n3 C : A\n", "1 t.tree:5: kind C lies outside the range of A\n"},
-      {"tree T\n0 NoT\n1 A : B\n2 B\n", "1 t.tree:3: kind A stands before its base\n"},
-      {"tree T\n0 NoT\n1 A { x int }\n", "1 t.tree:3: expected field:type, found x\n"},
-      {"tree T\n0 NoT\n1 A { x:int\n", "1 t.tree:3: the fields are not closed by }\n"},
-      {"0 NoT\n", "1 t.tree:0: no line tells the name of the tree\n"},
-  };
-  for (const auto& row : rows) EXPECT_EQ(row.result, run(row.schema)) << row.schema;
+  for (const auto& [schema, result] : table<2>(R"(
+      tree T\n0 NoT\n1 A { x:int }\n2 B : A { c:A }\n --> 0\s   tree T\n0 NoT\n1 A { any:T }\n --> 0\s
+      tree T\n0 NoT\n2 A\n --> 1 t.tree:3: kind A has the wrong number\n
+      tree T\n0 NoT\n\n# a comment\n1 A : B\n --> 1 t.tree:5: unknown base B\n
+      tree T\n0 NoT\n1 A { x:Nothing }\n --> 1 t.tree:3: unknown kind Nothing\n
+      tree T\n0 NoT\n1 NoT\n --> 1 t.tree:3: kind NoT is declared twice\n
+      tree T\n0 NoT\n1 A\n2 B\n3 C : A\n --> 1 t.tree:5: kind C lies outside the range of A\n
+      tree T\n0 NoT\n1 A : B\n2 B\n --> 1 t.tree:3: kind A stands before its base\n
+      tree T\n0 NoT\n1 A { x int }\n --> 1 t.tree:3: expected field:type, found x\n
+      tree T\n0 NoT\n1 A { x:int\n --> 1 t.tree:3: the fields are not closed by }\n
+      0 NoT\n --> 1 t.tree:0: no line tells the name of the tree\n
+    )"))
+    EXPECT_EQ(result, run(schema)) << schema;
 }
 
 }  // namespace
+}  // namespace oz

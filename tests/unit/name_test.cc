@@ -2,27 +2,15 @@
 
 #include "name.h"
 
-#include <gtest/gtest.h>
-
-#include <map>
 #include <random>
-#include <string>
 
-#include "fatal_text.h"
 #include "model_text.h"
-#include "oz.h"
 #include "symtab.h"
 
 namespace oz {
 namespace {
 
 struct Names : ModelText {
-  static tAsynt qualified(const std::string& text) {
-    tAsynt model = parsed(text);
-    Qualify(&model);
-    return model;
-  }
-
   // The qualified model's text with "!" in front of the name of each absolute symbol.
   static std::string meaning(const std::string& text) {
     const tAsynt model = qualified(text);
@@ -42,44 +30,40 @@ struct Names : ModelText {
 };
 
 TEST_F(Names, MeanWhatTheirScopeSays) {
-  const struct {
-    const char* what;
-    const char* source;
-    const char* result;
-  } rows[] = {
-      {"a Module variable hides a pattern variable, that a local, that a global",
-       "real g := 9; class C hide: real x; f[x_] := x + g; h[x_] := Module[{x = x, y}, x*y + q]; k := x; end;",
-       "M`!g:=9;\nclass C\nx;\nf[P$`!x_]:=P$`!x+M`!g;\n"
-       "h[P$`!x_]:=(Module [ { !y,\n!x = P$`!x },\n!x*!y+!q]);\nk:=x;\nend;\n"},
-      {"pattern variables reach into inner definitions and end with their own",
-       "f[x_] := (g[y_] := x + y); h := x; k := l[z_] -> z;",
-       "M`!f[P$`!x_]:=(!g[P$`!y_]:=P$`!x+P$`!y);\nM`!h:=!x;\nM`!k:=!l[P$`!z_]->P$`!z;\n"},
-      {"Block binds like Module; initial values are outside, an inner scope ends",
-       "real b := 1; f := Block[{a}, Module[{b = a, a = b}, a + b] + a + b];",
-       "M`!b:=1;\nM`!f:=(Block [ { !a },\n(Module [ { !a = M`!b,\n!b = !a },\n!a+!b])+!a+M`!b]);\n"},
-      {"formals, parts and paths",
-       "class W(r) end; class V(k) part p inherits W(k + r); hide: f := p`a; u := q`a + this`k + p[z, k]`a; end;",
-       "class W(r)\nend;\nclass V(k)\npart p inherits W(k+!r);\nf:=p`a;\nu:=q`!a+this`k+p[!z, k]`a;\nend;\n"},
-      {"the behaviour declares nothing", "class C hide: f := y; begin y := x end;", "class C\n!y:=!x;\nf:=!y;\nend;\n"},
-      {"inherited names are known ahead of the parent",
-       "class B inherits A hide: f := x; end; class A hide: real x; end; instance b inherits B hide: g := x + f; end;",
-       "class B inherits A\nf:=x;\nend;\nclass A\nx;\nend;\ninstance b inherits B\ng:=x+f;\nend;\n"},
-      {"a cycle that no instance uses is passed over",
-       "class A inherits B hide: x; end; class B inherits A hide: f := x; end;",
-       "class A inherits B\nx;\nend;\nclass B inherits A\nf:=x;\nend;\n"},
-      {"predefined names are no locals and keep their meaning", "class C hide: real N := 5; f := N; end;",
-       "class C\n!N:=5;\nf:=!N;\nend;\n"},
-      {"a predefined name ends the variables of a Module; they are held last first",
-       "real a; real b; f := Module[{a, N, b}, a + b];",
-       "M`!a;\nM`!b;\nM`!f:=(Module [ { !b,\n!N,\nM`!a },\nM`!a+!b]);\n"},
-      {"an index hides a global and a local of its name, in its set only",
-       "real i := 1; instance s[i, j] hide: real j; f := i + j; end; instance t hide: f := i; end;",
-       "M`!i:=1;\ninstance s[!i, !j]\n!j;\nf:=!i+!j;\nend;\ninstance t\nf:=M`!i;\nend;\n"},
-      {"an index of a part hides a local in its line only",
-       "class C(k) end; instance a part p[i] inherits C(i + p); hide: real i; f := i; end;",
-       "class C(k)\nend;\ninstance a\npart p[!i] inherits C(!i+p);\ni;\nf:=i;\nend;\n"},
-  };
-  for (const auto& row : rows) EXPECT_EQ(row.result, meaning(row.source)) << row.what;
+  for (const auto& [what, source, result] : table<3>(R"(
+      a Module variable hides a pattern variable, that a local, that a global --> \
+          real g := 9; class C hide: real x; f[x_] := x + g; h[x_] := Module[{x = x, y}, x*y + q]; k := x; end; --> \
+          M`!g:=9;\nclass C\nx;\nf[P$`!x_]:=P$`!x+M`!g;\nh[P$`!x_]:=(Module [ { !y,\n!x = P$`!x },\n!x*!y+!q]);\nk:=x;\
+          \nend;\n
+      pattern variables reach into inner definitions and end with their own --> \
+          f[x_] := (g[y_] := x + y); h := x; k := l[z_] -> z; --> M`!f[P$`!x_]:=(!g[P$`!y_]:=P$`!x+P$`!y);\nM`!h:=!x;\
+          \nM`!k:=!l[P$`!z_]->P$`!z;\n
+      Block binds like Module; initial values are outside, an inner scope ends --> \
+          real b := 1; f := Block[{a}, Module[{b = a, a = b}, a + b] + a + b]; --> M`!b:=1;\nM`!f:=(Block [ { !a },\
+          \n(Module [ { !a = M`!b,\n!b = !a },\n!a+!b])+!a+M`!b]);\n
+      formals, parts and paths --> \
+          class W(r) end; class V(k) part p inherits W(k + r); hide: f := p`a; u := q`a + this`k + p[z, k]`a; end; \
+          --> class W(r)\nend;\nclass V(k)\npart p inherits W(k+!r);\nf:=p`a;\nu:=q`!a+this`k+p[!z, k]`a;\nend;\n
+      the behaviour declares nothing --> class C hide: f := y; begin y := x end; --> class C\n!y:=!x;\nf:=!y;\nend;\n
+      inherited names are known ahead of the parent --> \
+          class B inherits A hide: f := x; end; class A hide: real x; end; instance b inherits B hide: g := x + f; \
+          end; --> class B inherits A\nf:=x;\nend;\nclass A\nx;\nend;\ninstance b inherits B\ng:=x+f;\nend;\n
+      a cycle that no instance uses is passed over --> \
+          class A inherits B hide: x; end; class B inherits A hide: f := x; end; --> class A inherits B\nx;\nend;\
+          \nclass B inherits A\nf:=x;\nend;\n
+      predefined names are no locals and keep their meaning --> class C hide: real N := 5; f := N; end; --> \
+          class C\n!N:=5;\nf:=!N;\nend;\n
+      a predefined name ends the variables of a Module; they are held last first --> \
+          real a; real b; f := Module[{a, N, b}, a + b]; --> M`!a;\nM`!b;\nM`!f:=(Module [ { !b,\n!N,\nM`!a },\
+          \nM`!a+!b]);\n
+      an index hides a global and a local of its name, in its set only --> \
+          real i := 1; instance s[i, j] hide: real j; f := i + j; end; instance t hide: f := i; end; --> M`!i:=1;\
+          \ninstance s[!i, !j]\n!j;\nf:=!i+!j;\nend;\ninstance t\nf:=M`!i;\nend;\n
+      an index of a part hides a local in its line only --> \
+          class C(k) end; instance a part p[i] inherits C(i + p); hide: real i; f := i; end; --> class C(k)\nend;\
+          \ninstance a\npart p[!i] inherits C(!i+p);\ni;\nf:=i;\nend;\n
+    )"))
+    EXPECT_EQ(result, meaning(source)) << what;
 }
 
 TEST_F(Names, TypesMeetInTheFirstDeclaration) {
@@ -96,57 +80,13 @@ TEST_F(Names, TypesMeetInTheFirstDeclaration) {
   EXPECT_EQ(nullptr, type_of_local("R", "y"));
 }
 
-TEST_F(Names, AnIndexIsAnInteger) {
-  const tAsynt set = Object1_Object(Model_Objects(qualified("instance s[i] hide: f := i; end;")));
-  const tAsynt index = Symbol_SymInfo(Symbol1_Symbol(InstanceSet_IndexNames(set)));
-  EXPECT_EQ(kIntType, Asynt_Kind(SymInfo_Type(index)));
-}
-
-// The first element of a model's globals.
-tAsynt first_global(tAsynt model) { return Particle1_Particle(Model_Globals(model)); }
-
-TEST_F(Names, DimensionsOfVariablesAreInTheirScope) {
-  const tAsynt function = first_global(qualified("real f[int n_] := Module[{real array[n + 1] w}, w];"));
-  const tAsynt module = Binary_RHS(function);
-  const tAsynt w = Symbol_SymInfo(Symbol1_Symbol(XModule_Varlist(module)));
-  const tAsynt declaration = Expression1_Expression(Variadic_Expressions(XModule_Body(module)));
-  EXPECT_EQ(" Array [P$`n+1] of  Real ", printed(SymInfo_Type(w)));
-  EXPECT_EQ("P$`n+1", printed(Expression1_Expression(ArrayDecl_Dimensions(declaration))));
-
-  const tAsynt typed = first_global(qualified("real f[real array[n] v_, int n_] := v;"));
-  EXPECT_EQ(" Array [P$`n] of  Real ", printed(SymInfo_Type(Symbol_SymInfo(Binary_RHS(typed)))));
-
-  // Those of a local are left as written.
-  qualified("real g := 3; class C hide: real array[g] v; end;");
-  EXPECT_EQ(" Array [g] of  Real ", printed(type_of_local("C", "v")));
-}
-
-TEST_F(Names, ParametersOfExternalFunctionsAreItsPatternVariables) {
-  const tAsynt f = first_global(qualified("real f[real x_] := externinfo \"p\" \"c\" \"C\" function(Input x);"));
-  const tAsynt pattern = Expression1_Expression(FullFormExpression_Args(Binary_LHS(f)));
-  const tAsynt parameter = Parameterspec1_Parameterspec(ExternalDeclaration_Parameters(Binary_RHS(f)));
-  EXPECT_EQ(Symbol_SymInfo(XPattern_Name(pattern)), Symbol_SymInfo(InputParameter_Name(parameter)));
-}
-
-TEST_F(Names, ElementsOfGlobalsAreAbsolute) {
-  EXPECT_EQ(kAbsoluteNest, Asynt_Kind(Symbol_SymInfo(first_global(qualified("real x[1][2];")))));
-  const tAsynt object = Object1_Object(Model_Objects(qualified("instance a hide: real x[1]; end;")));
-  const tAsynt body = Capsule_Body(Capsule1_Capsule(Capsule1_Capsules(Object_Capsules(object))));
-  EXPECT_EQ(kRelativeNest, Asynt_Kind(Symbol_SymInfo(Particle1_Particle(body))));
-}
-
 TEST_F(Names, Messages) {
-  const struct {
-    const char* source;
-    const char* message;
-  } rows[] = {
-      {"class A inherits Base end;", "Unknown_env: Base\n"},
-      {"f[N_] := 1;", "Unimplemented type in Find_pattern: AbsoluteSymbol\n\n"},
-      {"instance a begin f[Module[{x}, x]] := 1 end;", "Unimplemented type in Find_pattern: XModule\n\n"},
-  };
-  for (const auto& row : rows)
-    EXPECT_EQ(std::string("   0,  0: Fatal       ") + row.message, message_of([&] { qualified(row.source); }))
-        << row.source;
+  for (const auto& [source, message] : table<2>(R"(
+      class A inherits Base end; --> Unknown_env: Base\n
+      f[N_] := 1; --> Unimplemented type in Find_pattern: AbsoluteSymbol\n\n
+      instance a begin f[Module[{x}, x]] := 1 end; --> Unimplemented type in Find_pattern: XModule\n\n
+    )"))
+    EXPECT_EQ(std::string("   0,  0: Fatal       ") + message, message_of([&] { qualified(source); })) << source;
   const auto model_of = [](tAsynt particle) {
     const tAsynt name = mSymbol(mSimpleSymbol(mNoType(), NoPosition, "M"));
     return mModel(name, mFilename0(), mParticle1(particle, mParticle0()), mObject0());

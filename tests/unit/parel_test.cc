@@ -5,30 +5,16 @@
 
 #include "parel.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-
-#include "Asynt.h"
-#include "code_text.h"
 #include "cse.h"
-#include "fatal_text.h"
 #include "ode.h"
-#include "operator_name.h"
-#include "output_stream.h"
 #include "sheepout.h"
-#include "type.h"
-#include "type_text.h"
-#include "unparse.h"
+#include "support.h"
 
 namespace oz {
 namespace {
 
-struct Parel : testing::Test {
+struct Parel : Trees {
   Parel() {
-    bigbuf_init();
-    init_operator_name();
-    Begintype();
     Beginparel();
     simple_code = 1;
     temp_no = 1;
@@ -55,64 +41,44 @@ std::string schedule_text(const std::string& equations, const std::string& time 
 }
 
 TEST_F(Parel, Systems) {
-  const struct {
-    const char* equations;
-    const char* schedule;
-  } rows[] = {
+  for (const auto& [equations, schedule] : table<2>(R"(
       // The outputs come in the order of the equations within the block, since no output is a state variable.
-      {"XEqual[Deriv[1,x],XMinus[x[t]]],XEqual[Deriv[1,y],x[t]]",
-       "{y,x} -> {y_out,x_out}: {x,x} -> {x_out,y_out}: (T1=XMinus[x];y_out=x;x_out=T1)"},
+      XEqual[Deriv[1,x],XMinus[x[t]]],XEqual[Deriv[1,y],x[t]] --> \
+          {y,x} -> {y_out,x_out}: {x,x} -> {x_out,y_out}: (T1=XMinus[x];y_out=x;x_out=T1)
       // What is no state variable comes first, then z, y, x in the order of the system's list. a*y is shared.
-      {"XEqual[Deriv[1,x],XPlus[x[t],XTimes[a,y[t]]]],XEqual[Deriv[1,y],XTimes[a,y[t]]],XEqual[Deriv[1,z],z[t]]",
-       "{z,y,x} -> {z_out,y_out,x_out}: {a,a,z,y,y,x} -> {x_out,y_out,z_out}: "
-       "(T1=XTimes[a,y];T2=XPlus[x,T1];z_out=z;y_out=T1;x_out=T2)"},
+      XEqual[Deriv[1,x],XPlus[x[t],XTimes[a,y[t]]]],XEqual[Deriv[1,y],XTimes[a,y[t]]],XEqual[Deriv[1,z],z[t]] --> \
+          {z,y,x} -> {z_out,y_out,x_out}: {a,a,z,y,y,x} -> {x_out,y_out,z_out}: (T1=XTimes[a,y];T2=XPlus[x,T1];\
+          z_out=z;y_out=T1;x_out=T2)
       // A comparison of the model language.
-      {"XInequality[Deriv[1,x],XEqual[{}],XMinus[x[t]]]", "{x} -> {x_out}: {x} -> {x_out}: (T1=XMinus[x];x_out=T1)"},
+      XInequality[Deriv[1,x],XEqual[{}],XMinus[x[t]]] --> {x} -> {x_out}: {x} -> {x_out}: (T1=XMinus[x];x_out=T1)
       // Conditions lose their time too.
-      {"XEqual[Deriv[1,x],XIf[XGreater[x[t],a],XSin[x[t]],a]]",
-       "{x} -> {x_out}: {a,a,x,x} -> {x_out}: (T1=XSin[x];T2=XGreater[x,a];T3=XIf[T2,T1,a];x_out=T3)"},
+      XEqual[Deriv[1,x],XIf[XGreater[x[t],a],XSin[x[t]],a]] --> \
+          {x} -> {x_out}: {a,a,x,x} -> {x_out}: (T1=XSin[x];T2=XGreater[x,a];T3=XIf[T2,T1,a];x_out=T3)
       // The value takes the type of the variable.
-      {"XEqual[Deriv[1,x],i]", "{x} -> {x_out}: {i} -> {x_out}: (x_out=GeneralConversion[i,int,real])"},
-  };
-  for (const auto& row : rows)
-    EXPECT_EQ("", message_of([&] { EXPECT_EQ(row.schedule, schedule_text(row.equations)); })) << row.equations;
-}
-
-TEST_F(Parel, ConditionalsAreRebuiltUnlessCodeIsSimple) {
-  simple_code = 0;
-  EXPECT_EQ("{x} -> {x_out}: {a,a,x,x} -> {x_out}: (T2=XGreater[x,a];XIf[T2,(T1=XSin[x];T3=T1),(T3=a)];x_out=T3)",
-            schedule_text("XEqual[Deriv[1,x],XIf[XGreater[x[t],a],XSin[x[t]],a]]"));
-}
-
-TEST_F(Parel, OneListOfASystem) {
-  EXPECT_EQ("(T1=XMinus[x];x_out=T1)", code_text(do_cse(system_of("XEqual[Deriv[1,x],XMinus[x[t]]]", "t"))));
+      XEqual[Deriv[1,x],i] --> {x} -> {x_out}: {i} -> {x_out}: (x_out=GeneralConversion[i,int,real])
+    )"))
+    EXPECT_EQ("", message_of([&] { EXPECT_EQ(schedule, schedule_text(equations)); })) << equations;
 }
 
 // Each is done as told, with a warning.
 TEST_F(Parel, WhatIsSilentlyWrongIsReported) {
-  const std::string warning = "   0,  0: Warning     ";
-  const struct {
-    const char* equations;
-    const char* schedule;
-    const char* message;
-  } rows[] = {
-      {"XEqual[Deriv[1,x],XPlus[t,x[t]]]", "{x} -> {x_out}: {oz_x,x} -> {x_out}: (T1=XPlus[oz_x,x];x_out=T1)",
-       "oz_x is not set by the schedule"},
-      {"XEqual[Deriv[2,x],x[t]]", "{x} -> {x_out}: {x} -> {x_out}: (x_out=x)",
-       "A higher derivative is taken for the first one: Derivative[2][x]==x"},
-      {"XEqual[Deriv[1,x],a],XEqual[Deriv[1,x],x[t]]",
-       "{x,x} -> {x_out,x_out}: {a,x} -> {x_out,x_out}: (x_out=x;x_out=a)",
-       "The variable has an equation already: Derivative[1][x]==x"},
+  for (const auto& [equations, schedule, message] : table<3>(R"(
+      XEqual[Deriv[1,x],XPlus[t,x[t]]] --> {x} -> {x_out}: {oz_x,x} -> {x_out}: (T1=XPlus[oz_x,x];x_out=T1) --> \
+          oz_x is not set by the schedule
+      XEqual[Deriv[2,x],x[t]] --> {x} -> {x_out}: {x} -> {x_out}: (x_out=x) --> \
+          A higher derivative is taken for the first one: Derivative[2][x]==x
+      XEqual[Deriv[1,x],a],XEqual[Deriv[1,x],x[t]] --> \
+          {x,x} -> {x_out,x_out}: {a,x} -> {x_out,x_out}: (x_out=x;x_out=a) --> \
+          The variable has an equation already: Derivative[1][x]==x
       // y is left out of the block, but not of the system.
-      {"XEqual[Deriv[1,x],a],XEqual[a,1],XEqual[Deriv[1,y],a]", "{y,x} -> {y_out,x_out}: {a} -> {x_out}: (x_out=a)",
-       "No derivative on the left; this equation and all behind it are left out: a==1"},
-      {"XEqual[x[t],Deriv[1,x]]", "{} -> {}: {} -> {}: ()",
-       "A derivative on the right is not solved; this equation and all behind it are left out: x==Derivative[1][x]"},
-  };
-  for (const auto& row : rows) {
-    std::string schedule;
-    EXPECT_EQ(warning + row.message + "\n", message_of([&] { schedule = schedule_text(row.equations); }));
-    EXPECT_EQ(row.schedule, schedule) << row.equations;
+      XEqual[Deriv[1,x],a],XEqual[a,1],XEqual[Deriv[1,y],a] --> {y,x} -> {y_out,x_out}: {a} -> {x_out}: (x_out=a) --> \
+          No derivative on the left; this equation and all behind it are left out: a==1
+      XEqual[x[t],Deriv[1,x]] --> {} -> {}: {} -> {}: () --> \
+          A derivative on the right is not solved; this equation and all behind it are left out: x==Derivative[1][x]
+    )")) {
+    std::string text;
+    EXPECT_EQ("W " + message, said([&] { text = schedule_text(equations); }));
+    EXPECT_EQ(schedule, text) << equations;
   }
 }
 
@@ -164,19 +130,6 @@ TEST_F(Parel, ElementsOfANest) {
   EXPECT_EQ("PrintSymName: Temp_3, Kind: 257\n", message_of([&] { Parallelize(system); }));
 }
 
-TEST_F(Parel, MakeCodeWritesASchedule) {
-  OutputStream out;
-  foutput_file = out.f;
-  finit_output();
-  fout_set(fout_implementation);
-  make_code(system_of("XEqual[Deriv[1,x],XSin[x[t]]]", "t"));
-  foutput_file = nullptr;
-  const std::string text = out.str();
-  EXPECT_TRUE(text.starts_with("subroutine zc_initialize_state (zc_init_state)\n")) << text;
-  for (const char* line : {"x = zc_yin(1)\n", "zc_T1 = sin(x)\n", "x_out = zc_T1\n", "zc_yout(1) = x_out\n"})
-    EXPECT_TRUE(contains(text, line)) << text;
-}
-
 TEST_F(Parel, PlacesInLists) {
   declare_types("a:real b:real c:real d:real");
   tAsynt list = mSymbol0();
@@ -204,6 +157,23 @@ TEST_F(Parel, ManyEquations) {
   for (tAsynt l = InOutExpr_In(block_of(parexec)); Asynt_Kind(l) == kSymbol1; l = Symbol1_Symbols(l)) places++;
   EXPECT_EQ(n, places);
   EXPECT_EQ("x99999", code_text(Symbol1_Symbol(InOutExpr_In(block_of(InOutExpr_Expr(block_of(parexec)))))));
+}
+
+TEST_F(Parel, OneListOfASystem) {
+  EXPECT_EQ("(T1=XMinus[x];x_out=T1)", code_text(do_cse(system_of("XEqual[Deriv[1,x],XMinus[x[t]]]", "t"))));
+}
+
+TEST_F(Parel, MakeCodeWritesASchedule) {
+  OutputStream out;
+  foutput_file = out.f;
+  finit_output();
+  fout_set(fout_implementation);
+  make_code(system_of("XEqual[Deriv[1,x],XSin[x[t]]]", "t"));
+  foutput_file = nullptr;
+  const std::string text = out.str();
+  EXPECT_TRUE(text.starts_with("subroutine zc_initialize_state (zc_init_state)\n")) << text;
+  for (const char* line : {"x = zc_yin(1)\n", "zc_T1 = sin(x)\n", "x_out = zc_T1\n", "zc_yout(1) = x_out\n"})
+    EXPECT_TRUE(contains(text, line)) << text;
 }
 
 }  // namespace

@@ -7,30 +7,12 @@
 #include <cmath>
 
 #include "ememory.h"
-#include "output_stream.h"
+#include "generators.h"
 
 namespace oz {
 namespace {
 
-class PompOut : public testing::Test {
- protected:
-  OutputStream cc, h, icc, tm, wrappers, levels;
-
-  void SetUp() override {
-    cpoutput_file = cc.f;
-    cpoutput_h_file = h.f;
-    cpoutput_icc_file = icc.f;
-    cpoutput_tm_file = tm.f;
-    cpoutput_if_file = wrappers.f;
-    cpoutput_lm_file = levels.f;
-    cpinit();
-  }
-  void TearDown() override {
-    cpoutput_file = cpoutput_h_file = cpoutput_icc_file = cpoutput_tm_file = cpoutput_if_file = cpoutput_lm_file =
-        nullptr;
-    cpinit();
-  }
-};
+struct PompOut : testing::Test, PompFiles {};
 
 // A switch that stands further up decides over those below it; only the last two add to the .cc.
 TEST_F(PompOut, Routing) {
@@ -120,7 +102,7 @@ TEST_F(PompOut, Names) {
   std::string report;
   for (size_t length : {126, 500, 127}) {
     cpoutput_mangled_str(xs(length));
-    EXPECT_EQ("\n    " + xs(length), cc.added([&] { report = reported(cpflush_mangled_str); }));
+    EXPECT_EQ("\n    " + xs(length), cc.added([&] { report = message_of(cpflush_mangled_str); }));
     EXPECT_EQ(length > 126, contains(report, "A very long identifier " + xs(127))) << report;
   }
   EXPECT_TRUE(contains(report, xs(127) + ". Reduce the length to 126 symbols "));
@@ -152,7 +134,7 @@ TEST(PompOutClosed, DropsTextAndShowsFailures) {
     cp_lmlev(1);
     cpinit();
   };
-  EXPECT_EQ("", reported(write_much));
+  EXPECT_EQ("", message_of(write_much));
   cpoutput_file = std::fopen("/dev/full", "w");
   std::setvbuf(cpoutput_file, nullptr, _IONBF, 0);
   write_much();
@@ -168,7 +150,7 @@ TEST(PompOutText, PowersOfTen) {
   for (const auto& [text, expected] : rows) EXPECT_EQ(expected, alg_to_exp(text.c_str()));
   const std::string longer = xs(256) + "*^3";
   const char* result = nullptr;
-  EXPECT_TRUE(contains(reported([&] { result = alg_to_exp(longer.c_str()); }), "\"*^3\" is not a numeric constant."));
+  EXPECT_TRUE(contains(message_of([&] { result = alg_to_exp(longer.c_str()); }), "\"*^3\" is not a numeric constant."));
   EXPECT_EQ(longer.c_str(), result);
 }
 
@@ -186,9 +168,9 @@ TEST(PompOutText, ValuesOfNumberText) {
               {"99999999999999999999", 1e20, LONG_MAX, "", "integer \"99999999999999999999\" is out of range."}};
   for (const auto& row : rows) {
     errno = 0;
-    const std::string real_report = reported([&] { EXPECT_DOUBLE_EQ(row.real, alg_atof(row.text)); });
+    const std::string real_report = message_of([&] { EXPECT_DOUBLE_EQ(row.real, alg_atof(row.text)); });
     errno = 0;
-    const std::string integer_report = reported([&] { EXPECT_EQ(row.integer, alg_atoi(row.text)); });
+    const std::string integer_report = message_of([&] { EXPECT_EQ(row.integer, alg_atoi(row.text)); });
     EXPECT_EQ(!*row.real_message, real_report.empty()) << real_report;
     EXPECT_TRUE(contains(real_report, row.real_message)) << real_report;
     EXPECT_EQ(!*row.integer_message, integer_report.empty()) << integer_report;

@@ -1,13 +1,8 @@
 // The scanner: token classes, longest match, positions, comments, names, blocks of input, messages.
 
-#include <gtest/gtest.h>
-
 #include <cctype>
-#include <string>
 
-#include "Asynt.h"
-#include "fatal_text.h"
-#include "source_file.h"
+#include "model_text.h"
 #include "tokens.h"
 
 namespace oz {
@@ -44,36 +39,21 @@ std::string scanned(const std::string& text, bool positions = false) {
 }
 
 TEST(Scan, TakesTheLongestToken) {
-  const struct {
-    const char* text;
-    const char* words;
-  } rows[] = {
-      {"a=.5", "a =. int:5"},
-      {"x/.5", "x /. int:5"},
-      {"12*x", "int:12 * x"},
-      {"12*^x", "int:12 * ^ x"},
-      {"12*^3", "int:12*^3"},
-      {"1*^-3 1*^+3 1*^- 3", "int:1*^-3 int:1*^+3 int:1 * ^ - int:3"},
-      {"1.*^2 .5*^-3 2.5*^3.5", "real:1.*^2 real:.5*^-3 real:2.5*^3 real:.5"},
-      {"-1", "- int:1"},
-      {"1. 1.. 1...", "real:1. real:1. . real:1. .."},
-      {"1.5.2", "real:1.5 real:.2"},
-      {"..5 ...5", ".. int:5 ... int:5"},
-      {"=! =!= == === ====", "= ! =!= == === === ="},
-      {"^: ^:= ^= :== :=", "^ : ^:= ^= :== :="},
-      {"/ /; /. // //. //@ /// ///@", "/ /; /. // //. //@ // / // /@"},
-      {">>>> << <> <= =>", ">>> > << <> <= =>"},
-      {"]] [[[ }{", "] ] [[ [ } {"},
-      {"x_ x__y ____ _.5 x_.", "x _ x __ y ___ _ _. int:5 x _."},
-      {"## #1 a`b !! ''", "## # int:1 a ` b !! ' '"},
-      {"$x1 $ a$b 1a", "$x1 $ a$b int:1 a"},
-      {"Class class classes String string real", "Class key:class classes key:String string key:real"},
-      {"\"\" \"a\xff\x7f(*\" (**) b", "\"\" \"a\xff\x7f(*\" b"},
-      {"(* (* *) *) a (* \" *) b (*) *)c", "a b c"},
-      {"a*) (a)*b", "a * ) ( a ) * b"},
-      {"", ""},
-  };
-  for (const auto& row : rows) EXPECT_EQ(row.words, scanned(row.text)) << row.text;
+  for (const auto& [text, words] : table<2>(R"(
+      a=.5 --> a =. int:5    x/.5 --> x /. int:5    12*x --> int:12 * x    12*^x --> int:12 * ^ x
+      12*^3 --> int:12*^3    1*^-3 1*^+3 1*^- 3 --> int:1*^-3 int:1*^+3 int:1 * ^ - int:3
+      1.*^2 .5*^-3 2.5*^3.5 --> real:1.*^2 real:.5*^-3 real:2.5*^3 real:.5                        -1 --> - int:1
+      1. 1.. 1... --> real:1. real:1. . real:1. ..                         1.5.2 --> real:1.5 real:.2
+      ..5 ...5 --> .. int:5 ... int:5               =! =!= == === ==== --> = ! =!= == === === =
+      ^: ^:= ^= :== := --> ^ : ^:= ^= :== :=        / /; /. // //. //@ /// ///@ --> / /; /. // //. //@ // / // /@
+      >>>> << <> <= => --> >>> > << <> <= =>        ]] [[[ }{ --> ] ] [[ [ } {
+      x_ x__y ____ _.5 x_. --> x _ x __ y ___ _ _. int:5 x _.              ## #1 a`b !! '' --> ## # int:1 a ` b !! ' '
+      $x1 $ a$b 1a --> $x1 $ a$b int:1 a
+      Class class classes String string real --> Class key:class classes key:String string key:real
+      (* (* *) *) a (* " *) b (*) *)c --> a b c     a*) (a)*b --> a * ) ( a ) * b                  -->
+    )"))
+    EXPECT_EQ(words, scanned(text)) << text;
+  EXPECT_EQ("\"\" \"a\xff\x7f(*\" b", scanned("\"\" \"a\xff\x7f(*\" (**) b"));
 }
 
 TEST(Scan, EverySpellingIsItsToken) {

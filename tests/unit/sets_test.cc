@@ -2,13 +2,10 @@
 
 #include "Sets.h"
 
-#include <gtest/gtest.h>
-
 #include <bitset>
-#include <cstdio>
 #include <random>
-#include <string>
-#include <vector>
+
+#include "support.h"
 
 namespace oz {
 namespace {
@@ -80,60 +77,18 @@ TEST(Sets, AgreeWithPlainSets) {
   }
 }
 
-TEST(Sets, SizeAndBounds) {
-  tSet s;
-  MakeSet(&s, 40);
-  auto state = [&s] { return std::vector<int>{s.Card, s.FirstElmt, s.LastElmt}; };
-  using State = std::vector<int>;
-  EXPECT_EQ((State{0, 40, 0}), state());
-  Include(&s, 9);
-  EXPECT_EQ((State{-1, 9, 9}), state());
-  Include(&s, 33);
-  Include(&s, 20);
-  EXPECT_EQ((State{-1, 9, 33}), state());
-  Exclude(&s, 9);
-  EXPECT_EQ((State{-1, 10, 33}), state());
-  Exclude(&s, 33);
-  EXPECT_EQ((State{-1, 10, 32}), state());
-  EXPECT_EQ(1, Card(&s));
-  EXPECT_EQ((State{1, 10, 32}), state());
-  EXPECT_EQ(20, Minimum(&s));
-  EXPECT_EQ((State{1, 20, 32}), state());
-  EXPECT_EQ(20, Maximum(&s));
-  Complement(&s);
-  EXPECT_EQ((State{40, 0, 40}), state());
-  EXPECT_EQ(1, s.LastBitset);
-  EXPECT_EQ(0xff800000u, s.BitsetPtr[1]) << "nothing behind element 40";
-  AssignElmt(&s, 7);
-  EXPECT_EQ((State{1, 7, 7}), state());
-  AssignElmt(&s, 40);
-  Exclude(&s, 40);
-  EXPECT_EQ((State{-1, 40, 39}), state()) << "no bound leaves the set's range";
-  AssignElmt(&s, 0);
-  Exclude(&s, 0);
-  EXPECT_EQ((State{-1, 1, 0}), state());
-  ReleaseSet(&s);
-}
-
 TEST(Sets, ReadBack) {
-  const struct {
-    const char* text;
-    const char* set;
-    int card;
-  } rows[] = {{"{ 3 0 31}", "{ 0 3 31}", 3},
-              {"set = { 3,5,3,}", "{ 3 5}", 2},
-              {"{}", "{}", 0},
-              {"{ 32 -1 x 4}", "{ 4}", 1},
-              {"{ 7 ", "{ 7}", 1},
-              {"no set", "{}", 0}};
   tSet s;
   MakeSet(&s, 31);
-  for (const auto& r : rows) {
-    FILE* f = fmemopen(const_cast<char*>(r.text), std::string(r.text).size(), "r");
+  for (const auto& [text, set, card] : table<3>(R"(
+      { 3 0 31} --> { 0 3 31} --> 3          set = { 3,5,3,} --> { 3 5} --> 2       {} --> {} --> 0
+      { 32 -1 x 4} --> { 4} --> 1            { 7\s --> { 7} --> 1                   no set --> {} --> 0
+    )")) {
+    FILE* f = fmemopen(const_cast<char*>(text.data()), text.size(), "r");
     ReadSet(f, &s);
     std::fclose(f);
-    EXPECT_EQ(r.set, written(s)) << r.text;
-    EXPECT_EQ(r.card, s.Card) << r.text;
+    EXPECT_EQ(set, written(s)) << text;
+    EXPECT_EQ(std::stoi(card), s.Card) << text;
   }
   ReleaseSet(&s);
 }

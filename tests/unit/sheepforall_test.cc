@@ -4,9 +4,8 @@
 
 #include "sheepforall.h"
 
-#include "code_text.h"
 #include "cse.h"
-#include "sheepunp_text.h"
+#include "generators.h"
 
 namespace oz {
 namespace {
@@ -107,72 +106,6 @@ TEST_F(SheepForAll, Statement) {
                                   "{Iterator[i,1,3],Iterator[j,2,k]},&]")));
 }
 
-TEST_F(SheepForAll, Declarations) {
-  const tAsynt one = transformed(kOne);
-  EXPECT_EQ("type(zc_P#_in) zc_T1(1:4) | type(zc_P#_out) zc_T2(1:4) | external zc_parallel",
-            numbered(one, lines_of(f90.added([&] { fmake_forall_decls(one); }))));
-  const tAsynt two = transformed(kTwo);
-  EXPECT_EQ("type(zc_P#_in) zc_T3(1:3,2:k) | type(zc_P#_out) zc_T4(1:3,2:k) | external zc_parallel",
-            numbered(two, lines_of(f90.added([&] { fmake_forall_decls(two); }))));
-  EXPECT_TRUE(forall_atleast_one);
-  EXPECT_EQ("", lines_of(f90.added([&] { fmake_forall_decls(typed_tree(kOne)); })));
-  EXPECT_FALSE(forall_atleast_one);
-  genlang = hpf;
-  EXPECT_EQ("", lines_of(f90.added([&] { fmake_forall_decls(one); })));
-}
-
-TEST_F(SheepForAll, TaskProcedures) {
-  const tAsynt loop = transformed(kOne);
-  const tAsynt params = mExpression1(typed_tree("x"), mExpression0());
-  const tAsynt scope = typed_tree("XModule[{i,a},{&,&},&]");
-  XModule_Body(scope) = loop;
-  std::string types;
-  const std::string text = f90.added([&] { types = i_f90.added([&] { Funparse_forall_fn(params, scope); }); });
-  EXPECT_EQ(
-      "integer zc_P#_id | common /M/ zc_P#_id | "
-      "type zc_P#_in | integer(zc_int) p1 | real(zc_real) p2 | real(zc_real) p3 | end type zc_P#_in | "
-      "type zc_P#_out | real(zc_real) p1 | end type zc_P#_out",
-      numbered(loop, lines_of(types)));
-  const std::string init =
-      "subroutine zc_P#_init (init_func) | use zc_M | implicit none | integer, external :: init_func | "
-      "external zc_P# | type(zc_P#_in) in(2) | type(zc_P#_out) out(2) | "
-      "zc_P#_id = init_func(zc_P#, in(1), in(2), out(1), out(2)) | end subroutine zc_P#_init";
-  EXPECT_EQ(
-      "subroutine zc_P# (oz_res, oz_arg) | use zc_M | implicit none | type(zc_P#_in) oz_arg | "
-      "type(zc_P#_out) oz_res | real(zc_real) x | integer(zc_int) i | real(zc_real) a(4) | "
-      "!unpack args | i = oz_arg%p1 | b(i) = oz_arg%p2 | x = oz_arg%p3 | "
-      "!body | a(i) = b(i)+b(i)+x | !pack result | oz_res%p1 = a(i) | end subroutine zc_P# | " +
-          init,
-      numbered(loop, lines_of(text)));
-  EXPECT_EQ(ForAll_Procedure(loop), Symbol1_Symbol(forall_init_procs));
-
-  // Without a scope there are no local variables, and a loop that is no task gets no procedure.
-  const tAsynt array = transformed("ForAll[XSet[a,XPlus[a,x]],{Iterator[i,1,4]},&]");
-  const std::string bare = numbered(array, lines_of(f90.added([&] { Funparse_forall_fn(params, array); })));
-  EXPECT_TRUE(contains(bare, "| real(zc_real) x | !unpack args | i = oz_arg%p1 |")) << bare;
-  EXPECT_TRUE(contains(lines_of(i_f90.str()), "_out | real(zc_real) p1(4) | end type")) << i_f90.str();
-  EXPECT_EQ("", f90.added([&] { Funparse_forall_fn(params, typed_tree(kOne)); }));
-}
-
-TEST_F(SheepForAll, Registration) {
-  EXPECT_EQ("", f90.added([] { Fmake_forall_parallel_init(mSymbol0()); }));
-  const tAsynt procs = mSymbol1(mSymbol(mTempSymbol(int_type_node, NoPosition, 4)),
-                                mSymbol1(mSymbol(mTempSymbol(int_type_node, NoPosition, 3)), mSymbol0()));
-  std::string declared;
-  const std::string text = f90.added([&] { declared = i_f90.added([&] { Fmake_forall_parallel_init(procs); }); });
-  EXPECT_EQ(
-      "interface | subroutine zc_init_parallel(init_func) | use zc_M, zc_this => zc_init_parallel | "
-      "use ZentricaPrecision | implicit none | integer, external :: init_func | "
-      "end subroutine oz_init_parallel | end interface",
-      lines_of(declared));
-  EXPECT_EQ(
-      "subroutine zc_init_parallel(init_func) | use zc_M, zc_this => zc_init_parallel | implicit none | "
-      "integer, external :: init_func | external zc_P4_init | external zc_P3_init | "
-      "!One call for each ForAll function | call zc_P4_init(init_func) | call zc_P3_init(init_func) | "
-      "end subroutine oz_init_parallel",
-      lines_of(text));
-}
-
 TEST_F(SheepForAll, Failures) {
   tAsynt loop = transformed(kOne);
   ForAll_Iter(loop) = mExpression0();
@@ -192,6 +125,25 @@ TEST_F(SheepForAll, Failures) {
     EXPECT_TRUE(contains(message_of([&] { row.call(row.t); }),
                          std::string("Error: module sheepforall, routine ") + row.routine + " failed\n"))
         << row.routine;
+}
+
+TEST_F(SheepForAll, Registration) {
+  EXPECT_EQ("", f90.added([] { Fmake_forall_parallel_init(mSymbol0()); }));
+  const tAsynt procs = mSymbol1(mSymbol(mTempSymbol(int_type_node, NoPosition, 4)),
+                                mSymbol1(mSymbol(mTempSymbol(int_type_node, NoPosition, 3)), mSymbol0()));
+  std::string declared;
+  const std::string text = f90.added([&] { declared = i_f90.added([&] { Fmake_forall_parallel_init(procs); }); });
+  EXPECT_EQ(
+      "interface | subroutine zc_init_parallel(init_func) | use zc_M, zc_this => zc_init_parallel | "
+      "use ZentricaPrecision | implicit none | integer, external :: init_func | "
+      "end subroutine oz_init_parallel | end interface",
+      lines_of(declared));
+  EXPECT_EQ(
+      "subroutine zc_init_parallel(init_func) | use zc_M, zc_this => zc_init_parallel | implicit none | "
+      "integer, external :: init_func | external zc_P4_init | external zc_P3_init | "
+      "!One call for each ForAll function | call zc_P4_init(init_func) | call zc_P3_init(init_func) | "
+      "end subroutine oz_init_parallel",
+      lines_of(text));
 }
 
 }  // namespace

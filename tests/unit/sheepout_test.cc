@@ -5,32 +5,14 @@
 #include <climits>
 #include <string_view>
 
-#include "index.h"
-#include "output_stream.h"
+#include "generators.h"
 
 namespace oz {
 namespace {
 
 using namespace std::string_view_literals;
 
-class SheepOut : public testing::Test {
- protected:
-  OutputStream f90, i_f90, tm, external, macros;
-
-  void SetUp() override {
-    foutput_file = f90.f;
-    foutput_i_file = i_f90.f;
-    foutput_tm_file = tm.f;
-    foutput_external_file = external.f;
-    fmacro_file = macros.f;
-    finit_output();
-    fout_set(fout_implementation);
-  }
-  void TearDown() override {
-    foutput_file = foutput_i_file = foutput_tm_file = foutput_external_file = fmacro_file = nullptr;
-    finit_output();
-  }
-};
+struct SheepOut : testing::Test, SheepFiles {};
 
 TEST_F(SheepOut, LinesOf130Characters) {
   const struct {
@@ -54,7 +36,7 @@ TEST_F(SheepOut, LinesOf130Characters) {
 // The indentation and the "&" of a continuation line count: 7 + 123 characters fill it.
 TEST_F(SheepOut, Indentation) {
   f_modify_indent(1);
-  EXPECT_TRUE(contains(reported([] { f_modify_indent(-2); }), "Negative indentation in Fortran unparser.\n"));
+  EXPECT_TRUE(contains(message_of([] { f_modify_indent(-2); }), "Negative indentation in Fortran unparser.\n"));
   f_modify_indent(2);                                   // from 0
   for (int mod : {0, 0, -3}) foutput_indentation(mod);  // pads to a column, so that a second call adds nothing
   for (size_t length : {127, 123, 1}) foutput(xs(length));
@@ -76,8 +58,8 @@ TEST_F(SheepOut, CommentsContinueAsComments) {
 
 TEST_F(SheepOut, FortiethContinuationWarns) {
   for (int statement = 0; statement < 2; statement++) {
-    for (int i = 0; i < 39; i++) EXPECT_EQ("", reported(foutput_continuation_nl));
-    EXPECT_TRUE(contains(reported(foutput_continuation_nl), "Warning: more than 39 continuation lines!"));
+    for (int i = 0; i < 39; i++) EXPECT_EQ("", message_of(foutput_continuation_nl));
+    EXPECT_TRUE(contains(message_of(foutput_continuation_nl), "Warning: more than 39 continuation lines!"));
     foutput("\n");
   }
 }
@@ -123,16 +105,14 @@ TEST_F(SheepOut, BothFiles) {
 }
 
 TEST_F(SheepOut, Names) {
-  const struct {
-    const char *first, *second, *expected;
-  } rows[] = {{"plain_", "1", "plain_1"},
-              {"$a", "$b", "ADaADb"},  // the escape letter starts anew in each part
-              {"a$b,c[1]`d", "", "a_Db_Cc_L1_R_Td"},
-              {",", "[]`", "ACAL_R_T"}};
-  for (const auto& row : rows) {
-    foutput_mangled_str(row.first);
-    foutput_mangled_str(row.second);
-    EXPECT_EQ(row.expected, f90.added(flush_mangled_str));
+  for (const auto& [first, second, expected] : table<3>(R"(
+      plain_ --> 1 --> plain_1                                  $a --> $b --> ADaADb
+      // the escape letter starts anew in each part
+      a$b,c[1]`d -->  --> a_Db_Cc_L1_R_Td                       , --> []` --> ACAL_R_T
+    )")) {
+    foutput_mangled_str(first);
+    foutput_mangled_str(second);
+    EXPECT_EQ(expected, f90.added(flush_mangled_str));
   }
   EXPECT_EQ("al_myfun_xal_myfun_x_", f90.added([] { foutput_if_name("MyFun_X"), foutput_tm_name("MyFun_X"); }));
   EXPECT_EQ("ABZ_1\xe4", ToUpper("abZ_1\xe4"));
@@ -211,10 +191,10 @@ TEST(SheepOutClosed, DropsTextAndShowsFailures) {
       foutput_hpf_directive();
     }
   };
-  EXPECT_EQ("", reported(write_much));
+  EXPECT_EQ("", message_of(write_much));
   foutput_file = std::fopen("/dev/full", "w");
   std::setvbuf(foutput_file, nullptr, _IONBF, 0);
-  reported(write_much);
+  message_of(write_much);
   EXPECT_NE(0, std::ferror(foutput_file));
   std::fclose(foutput_file);
   foutput_file = nullptr;

@@ -2,28 +2,16 @@
 
 #include "smallddg.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <bit>
 #include <cstdint>
-#include <cstdio>
-#include <string>
 
 #include "graph_list.h"
-#include "operator_name.h"
-#include "output_stream.h"
-#include "unparse.h"
+#include "support.h"
 
 namespace oz {
 namespace {
 
-struct SmallDdg : testing::Test {
-  SmallDdg() {
-    bigbuf_init();
-    init_operator_name();
-  }
-};
+using SmallDdg = Trees;
 
 std::string names(tDdg nodes) {
   std::string out;
@@ -46,24 +34,20 @@ std::string graph_text(const std::string& text) {
 }
 
 TEST_F(SmallDdg, Graphs) {
-  const struct {
-    const char* list;
-    const char* graph;
-  } rows[] = {
+  for (const auto& [list, graph] : table<2>(R"(
       // a reads b, then c; each edge goes to the front. The walk from a meets a, then its children c, b.
-      {"a=b+c", "3: DDG_TOP < a < c b; a < b < DDG_BOTTOM; a < c < DDG_BOTTOM; T < a; b c < B"},
-      {"a=1", "1: DDG_TOP < a < DDG_BOTTOM; T < a; a < B"},
-      {"a=b+b", "2: DDG_TOP < a < b b; a a < b < DDG_BOTTOM; T < a; b < B"},
+      a=b+c --> 3: DDG_TOP < a < c b; a < b < DDG_BOTTOM; a < c < DDG_BOTTOM; T < a; b c < B
+      a=1 --> 1: DDG_TOP < a < DDG_BOTTOM; T < a; a < B
+      a=b+b --> 2: DDG_TOP < a < b b; a a < b < DDG_BOTTOM; T < a; b < B
       // Only the chain of c, which is assigned last, is tied.
-      {"a=b; c=d", "4:  < a < b; a < b < ; DDG_TOP < c < d; c < d < DDG_BOTTOM; T < c; d < B"},
-      {"a=b; c=a; d=b", "4: c < a < b; d a < b < DDG_BOTTOM; DDG_TOP < c < a; DDG_TOP < d < b; T < c d; b < B"},
+      a=b; c=d --> 4:  < a < b; a < b < ; DDG_TOP < c < d; c < d < DDG_BOTTOM; T < c; d < B
+      a=b; c=a; d=b --> 4: c < a < b; d a < b < DDG_BOTTOM; DDG_TOP < c < a; DDG_TOP < d < b; T < c d; b < B
       // One node for both assignments; x stays an input of it.
-      {"a=x; a=y", "3: DDG_TOP < a < y x; a < x < DDG_BOTTOM; a < y < DDG_BOTTOM; T < a; x y < B"},
+      a=x; a=y --> 3: DDG_TOP < a < y x; a < x < DDG_BOTTOM; a < y < DDG_BOTTOM; T < a; x y < B
       // Nothing is without parents or without children.
-      {"a=b; b=a", "2: b < a < b; a < b < a; T < ;  < B"},
-      {"", "0: T < ;  < B"},
-  };
-  for (const auto& row : rows) EXPECT_EQ(row.graph, graph_text(row.list)) << row.list;
+      a=b; b=a --> 2: b < a < b; a < b < a; T < ;  < B          --> 0: T < ;  < B
+    )"))
+    EXPECT_EQ(graph, graph_text(list)) << list;
 }
 
 TEST_F(SmallDdg, WhatIsNoAssignmentToASymbolEndsTheList) {
@@ -138,7 +122,7 @@ TEST_F(SmallDdg, CopiesOfACircleAreEqualUntilOneChanges) {
   EXPECT_FALSE(IsEqualDdg(copy, Ddg_parent));
   EXPECT_TRUE(CheckDdg(copy));
   Node_Data(d) = copy;
-  EXPECT_NE("", reported([&] { EXPECT_FALSE(CheckDdg(copy)); }));
+  EXPECT_NE("", message_of([&] { EXPECT_FALSE(CheckDdg(copy)); }));
   ReleaseDdg(copy);
   EXPECT_EQ(nullptr, Node_Children(copy));
   EXPECT_TRUE(DdgMarksAreZero(copy));
