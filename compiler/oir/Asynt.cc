@@ -221,7 +221,7 @@ struct PendingChildren {
     const TreeNode* node;
     uint32_t range;
   };
-  Child waiting[kBatch + 8 * kScanned];
+  Child waiting[kBatch + size_t{8} * kScanned];
   size_t count = 0;
 
   // Which kind follows which is hard to foresee: the children of a node are noted without a branch on their number.

@@ -559,6 +559,12 @@ class Array : public Dense<Array<T, N>, T, N> {
                                            shape_.d[2] * checked_offset(x[3], shape_.d, N, 3)));
   }
 
+  // From 0, for a subscript beside ranges; it is checked like these.
+  static Index section_offset(Index x, const Index* dims, int rank, int k) {
+    if (LM_UNLIKELY(x < 1 || x > dims[k])) x = index_from_end(x, dims, rank, k);
+    return x - 1;
+  }
+
   // Where the elements lie that are chosen by the subscripts. Numbers drop their dimension.
   template <int M>
   struct Layout {
@@ -575,9 +581,7 @@ class Array : public Dense<Array<T, N>, T, N> {
       l->shape.d[l->filled] = span.n;
       l->step[l->filled++] = step[k];
     } else {
-      Index x = static_cast<Index>(i);
-      if (LM_UNLIKELY(x < 1 || x > shape_.d[k])) x = index_from_end(x, shape_.d, N, k);
-      l->start += (x - 1) * step[k];
+      l->start += section_offset(static_cast<Index>(i), shape_.d, N, k) * step[k];
     }
   }
   template <class... I>
@@ -608,7 +612,7 @@ class Array : public Dense<Array<T, N>, T, N> {
       (*this)(i...) = convert<T>(v);
     } else {
       auto l = layout(i...);
-      for (std::size_t k = 0; k < E; k++) l.start += checked_offset(within[k], l.shape.d, M, k) * l.step[k];
+      for (std::size_t k = 0; k < E; k++) l.start += section_offset(within[k], l.shape.d, M, k) * l.step[k];
       if constexpr (E == M) {
         data_[l.start] = convert<T>(v);
       } else {
