@@ -78,7 +78,7 @@ lacking() {
 }
 
 # Somebody sits at a terminal who could type a password.
-terminal=$([ -t 2 ] && echo yes)
+terminal=$([ ! -t 2 ] || echo yes)
 
 # apt-get with the rights that it needs.
 apt_get() {
