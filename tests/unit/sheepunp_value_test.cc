@@ -163,14 +163,15 @@ TEST_F(SheepValue, NamesOfSymbols) {
 
 // An error, after which something has been written, or a fatal message.
 TEST_F(SheepValue, Refusals) {
+  expect_refusals(FunparseVal,
+                  "XDimensions[c,1] --> F90 unparser: Dimensions[] with two parameters not implemented.\\n --> \n"
+                  "Cross[a,b,a,b,a] --> F90 unparser: Cross[] with more than four arguments not implemented.\\n --> ");
   expect_refusals(FunparseVal, R"(
       XExtract[a,i] --> F90 unparser: Cannot unparse Extract[].\n -->
       XExtract[a,XList[i,j]] --> F90 unparser: Invalid arguments to Extract[].\n --> \
           ! zc_extract(a, zc_mkpc(i,zc_mkc(j)))
       OuterProduct[a,c] --> F90 unparser: OuterProduct[] is only implemented for vectors.\n -->
       XDrop[c,1] --> F90 unparser: Drop[] must have a list as first argument.\n -->
-      XDimensions[c,1] --> F90 unparser: Dimensions[] with two parameters not implemented.\n -->
-      Cross[a,b,a,b,a] --> F90 unparser: Cross[] with more than four arguments not implemented.\n -->
       XPart[a,XList[1,2]] --> F90 unparser: Lists of length > 1 are not supported as indices.\n --> a()
       XPart[f[x],XBlank] --> F90 unparser: in expr[[idx]] if expr is not a declared variable then idx must be an \
           integer expression. You can introduce a temporary variable. --> zc_getpart1(f(x),)
