@@ -7,17 +7,11 @@
 
 #include <cmath>
 #include <cstdio>
-#include <sstream>
 #include <string>
 
-namespace {
+#include "text.h"
 
-template <class A>
-std::string text(const A& a) {
-  std::ostringstream out;
-  out << a;
-  return out.str();
-}
+namespace {
 
 TEST(CompiledArrays, GiveWhatTheLanguageMeans) {
   const doubleN a = make_lumenN(2, 1.0, -2.5), b = make_lumenN(2, 4.0, 0.5);

@@ -9,14 +9,9 @@
 #include <cstdio>
 #include <string>
 
-namespace {
+#include "text.h"
 
-template <class A>
-std::string text(const A& a) {
-  std::ostringstream out;
-  out << a;
-  return out.str();
-}
+namespace {
 
 template <class F>
 std::string error_of(const F& f) {

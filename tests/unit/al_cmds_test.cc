@@ -10,6 +10,7 @@
 #include <iterator>
 
 #include "codegen.h"
+#include "commands.h"
 #include "ememory.h"
 #include "parse.h"
 #include "support.h"
@@ -18,11 +19,6 @@ namespace oz {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string contents(const std::string& file) {
-  std::ifstream f(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(f), {}};
-}
 
 const char* const kModel = R"(model M;
 real g := 9.81;
@@ -39,21 +35,7 @@ instance p inherits Body end p;
 instance q[i] inherits Body end q;
 )";
 
-// A folder of its own; standard error comes back at the end.
-struct Commands : testing::Test {
-  char folder_name[32] = "/tmp/commandsXXXXXX";
-  std::string folder;
-  int saved_stderr = dup(STDERR_FILENO);
-
-  Commands() { folder = std::string(mkdtemp(folder_name)) + "/"; }
-  ~Commands() override {
-    std::fflush(stderr);
-    al_close_file();
-    dup2(saved_stderr, STDERR_FILENO);
-    close(saved_stderr);
-    fs::remove_all(folder);
-  }
-
+struct Commands : CommandFolder {
   std::string compile(const std::string& text) const {
     std::ofstream(folder + "m.oz") << text;
     std::string options;
@@ -62,13 +44,11 @@ struct Commands : testing::Test {
   std::string open(const char* lang, const std::string& file) const {
     return al_open_file(lang, (folder + file).c_str(), "False");
   }
-  std::string of(const std::string& file) const { return contents(folder + file); }
-
   // The files of a folder below this one, by name.
   std::map<std::string, std::string> files_in(const std::string& name) const {
     std::map<std::string, std::string> files;
     for (const auto& file : fs::directory_iterator(folder + name))
-      files[file.path().filename()] = contents(file.path());
+      files[file.path().filename()] = contents(name + "/" + file.path().filename().string());
     return files;
   }
 
@@ -128,8 +108,8 @@ TEST_F(Commands, JavaHasFilesButNoGenerator) {
   ASSERT_EQ("OK", open("JAVA", "s"));
   EXPECT_TRUE(contains(message_of([] { al_generate_function("Hold[M`speed]", 0); }), "Unparser: Unknown language.\n"));
   EXPECT_STREQ("OK", al_close_file());
-  EXPECT_EQ("#include \"s.h\"\n\n#include \"s.icc\"\n\n", of("s.java"));
-  EXPECT_EQ("", of("s.cc"));
+  EXPECT_EQ("#include \"s.h\"\n\n#include \"s.icc\"\n\n", contents("s.java"));
+  EXPECT_EQ("", contents("s.cc"));
 }
 
 TEST_F(Commands, AnswersWithoutASet) {
@@ -148,7 +128,7 @@ TEST_F(Commands, AnswersWithoutASet) {
   EXPECT_EQ(1, cg_opt.parallel);
   EXPECT_EQ("OK", open("C++", "t"));
   EXPECT_EQ(0, cg_opt.parallel);
-  EXPECT_TRUE(contains(of("s.h"), "#endif\n")) << "the set before is closed";
+  EXPECT_TRUE(contains(contents("s.h"), "#endif\n")) << "the set before is closed";
 }
 
 // Every file of a set counts, whether it cannot be made or cannot be filled.
@@ -220,7 +200,7 @@ TEST_F(Commands, InstancesAreDeclaredOnce) {
         EXPECT_STREQ("OK", al_generate_variable(name)) << name;
       EXPECT_STREQ("Variable not found: M`no", al_generate_variable("Hold[M`no]"));
       EXPECT_STREQ("OK", al_close_file());
-      const std::string text = of(c.file);
+      const std::string text = contents(c.file);
       for (const char* once : c.once) {
         const size_t at = text.find(once);
         ASSERT_NE(std::string::npos, at) << once << text;
@@ -239,7 +219,7 @@ TEST_F(Commands, LongNames) {
   const std::string unknown = xs(5000);
   EXPECT_EQ("Function not found: " + unknown, al_generate_function(("Hold[" + unknown + "]").c_str(), 0));
   EXPECT_STREQ("OK", al_close_file());
-  std::string text = of("s.cc");
+  std::string text = contents("s.cc");
   std::erase_if(text, [](char c) { return c == ' ' || c == '\n'; });  // the lines are too long to stay whole
   EXPECT_EQ("#include\"s.h\"#include\"s.icc\"#include<math.h>double" + model + "_T" + function + "(constdouble&a" + x +
                 "){return2*a" + x + ";}double" + model + "_Tv" + x + ";",

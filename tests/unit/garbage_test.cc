@@ -2,22 +2,17 @@
 // given back (which sanitizer builds see).
 #include <gtest/gtest.h>
 #include <malloc.h>
-#include <unistd.h>
 
-#include <cstdio>
-#include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 
 #include "Asynt.h"
 #include "Memory.h"
 #include "al_cmds.h"
+#include "commands.h"
 
 namespace oz {
 namespace {
-
-namespace fs = std::filesystem;
 
 const char* const kModel = R"(model M;
 real g with unit = "m/s^2" := 9.81;
@@ -35,19 +30,8 @@ instance p inherits Body end p;
 instance q[i] inherits Body end q;
 )";
 
-struct Garbage : testing::Test {
-  char folder_name[32] = "/tmp/garbageXXXXXX";
-  std::string folder = std::string(mkdtemp(folder_name)) + "/";
-  int saved_stderr = dup(STDERR_FILENO);
-
+struct Garbage : CommandFolder {
   Garbage() { std::ofstream(folder + "m.oz") << kModel; }
-  ~Garbage() override {
-    std::fflush(stderr);
-    al_close_file();
-    dup2(saved_stderr, STDERR_FILENO);
-    close(saved_stderr);
-    fs::remove_all(folder);
-  }
 
   void compile() const {
     std::string options = "-u -o " + folder + "m.m";
@@ -66,10 +50,7 @@ struct Garbage : testing::Test {
   // The files of a session and the text for the host.
   std::string files() const {
     std::string all;
-    for (const char* name : {"m.m", "m.cc", "m.h", "m.tm", "mif.cc", "m.f90"}) {
-      std::ifstream f(folder + name, std::ios::binary);
-      all.append(std::istreambuf_iterator<char>(f), {});
-    }
+    for (const char* name : {"m.m", "m.cc", "m.h", "m.tm", "mif.cc", "m.f90"}) all += contents(name);
     return all;
   }
 };
