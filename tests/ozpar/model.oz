@@ -1,4 +1,4 @@
 model M;
   real x; real y; real t;
   real damping := 0.1;
-  rates := {{x'[t] == y[t], y'[t] == If[x[t] > 0, -x[t], damping] + t}, {t}};
+  rates := {{x'[t] == If[damping > y[t], Sin[x[t]*y[t]], x[t]], y'[t] == x[t]*y[t] + damping + t}, {t}};

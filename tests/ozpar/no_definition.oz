@@ -1,1 +1,0 @@
-model M; real x; rates :={{x'==x},{}};
