@@ -211,18 +211,6 @@ TEST_F(Dig, Attributes) {
     EXPECT_EQ(std::string("   0,  0: Fatal       ") + message + "\n", message_of([&] { keep(text); }));
 }
 
-TEST_F(Dig, External) {
-  keep(
-      "real load := externinfo \"l\" \"L`\" \"C\" variable(Output load); real x; real g[real x_] := x;"
-      "real f[real x_] := externinfo \"l\" \"L`\" \"C\" function(Input x); real h[real x_] := extern \"C\"; y := "
-      "{load, x, unknown};");
-  for (const auto& [text, external] : table<2>("load --> 1   f --> 1   h --> 1   x --> 0   g --> 0   unknown --> 0")) {
-    const tAsynt info = mAbsoluteSymbol(mNoType(), NoPosition, stored(text), list({Model_Name(parsed(""))}));
-    EXPECT_EQ(external == "1", IsExternal(info) != 0) << text;
-    EXPECT_FALSE(IsExternal(mSymbol(info)));
-  }
-}
-
 // Each name without a type is read as a name of the model. What the model does not know is reported by the reader and
 // stays without a type. M is no occurrence of M.
 TEST_F(Dig, NamesOfTheModelInAText) {
@@ -239,29 +227,6 @@ TEST_F(Dig, NamesOfTheModelInAText) {
     EXPECT_EQ(types, found) << text;
     EXPECT_TRUE(AsyntMarksAreZero(body));
   }
-}
-
-// What belongs to an instance is what its name qualifies wholly, in the order of the index.
-TEST_F(Dig, VariablesOfInstances) {
-  tAsynt model = flat(
-      "real z; class D reveal: real x; real y; end; class C part p inherits D; part q[j] inherits D; reveal: real x; "
-      "end;"
-      "instance a inherits C end; instance s[i] inherits C end; instance none end;");
-  tIndex vars = GetVarTypes(model, nullptr);
-  static std::vector<tAsynt> found;
-  Iter* instance = start_iter(instances);
-  size_t all = 0;
-  while (tAsynt* entry = iter_next(instance)) {
-    std::vector<tAsynt> expected;
-    Iter* var = start_iter(vars);
-    while (tAsynt* declared = iter_next(var))
-      if (is_entire_qualifier(iter_key(var), iter_key(instance))) expected.push_back(declared[0]);
-    found.clear();
-    ApplyForInstanceVars([](tAsynt t) { found.push_back(t); }, entry[1], vars);
-    EXPECT_EQ(expected, found) << iter_key(instance);
-    all += found.size();
-  }
-  EXPECT_EQ(size_t{10}, all);
 }
 
 // The routine that makes room for a set's variables, on both files; the dimensions of the set stand in front. An

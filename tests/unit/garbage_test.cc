@@ -14,32 +14,12 @@
 namespace oz {
 namespace {
 
-const char* const kModel = R"(model M;
-real g with unit = "m/s^2" := 9.81;
-real array[2] w := {1.0, 2.0};
-real speed[real h_] := Sqrt[2*g*h];
-real norm[int n_, real array[n] x_] :=
-  Module[{real s = 0.0, int i}, For[i = 1, i <= n, i = i + 1, s = s + x[[i]]^2]; Sqrt[s]];
-class Body
-  reveal:
-    real mass with unit = "kg";
-    real weight[real k_] := k*mass*g;
-    f := SetAttr[mass, "unit", "t"];
-end Body;
-instance p inherits Body end p;
-instance q[i] inherits Body end q;
-)";
-
 struct Garbage : CommandFolder {
-  Garbage() { std::ofstream(folder + "m.oz") << kModel; }
-
   void compile() const {
-    std::string options = "-u -o " + folder + "m.m";
-    ASSERT_STREQ("OK", al_compile((folder + "m.oz").c_str(), "", (folder + "log").c_str(), options.data()));
+    EXPECT_EQ("OK", CommandFolder::compile(kCommandsModel, "-u -o " + folder + "m.m"));
   }
-  void open(const char* language) const { ASSERT_STREQ("OK", al_open_file(language, (folder + "m").c_str(), "False")); }
   void session(const char* language) const {
-    open(language);
+    EXPECT_EQ("OK", open(language, "m"));
     EXPECT_STREQ("OK", al_generate_variable("Hold[]"));
     for (const char* name : {"Hold[M`speed]", "Hold[M`norm]", "Hold[p`weight]"})
       EXPECT_STREQ("OK", al_generate_function(name, 0));
@@ -83,7 +63,7 @@ TEST_F(Garbage, ACompileBetweenLeavesAnOpenFileSetWhole) {
   compile();
   session("C++");
   const std::string wanted = files();
-  open("C++");
+  EXPECT_EQ("OK", open("C++", "m"));
   EXPECT_STREQ("OK", al_generate_variable("Hold[]"));
   for (const char* name : {"Hold[M`speed]", "Hold[M`norm]"}) EXPECT_STREQ("OK", al_generate_function(name, 0));
   compile();

@@ -108,23 +108,6 @@ TEST_F(Unroll, OneNodePerNameWithItsDeclaredType) {
   EXPECT_EQ((std::set<std::string>{"int", "real"}), types);
 }
 
-TEST_F(Unroll, IndexOfInstances) {
-  unrolled("class C part p[k] inherits D; end; class D end; instance a inherits C end; instance b[i, j] end;");
-  const auto entry = [&](const char* key) { return lookup(instances, key); };
-  ASSERT_TRUE(entry("a") && entry("a`p") && entry("b") && !entry("C"));
-  // An instance starts with its name, which its context follows; a part is its context alone.
-  EXPECT_EQ("M`b", printed(Expression1_Expression(entry("b")[0])));
-  EXPECT_EQ(kContext, Asynt_Kind(Expression1_Expression(Expression1_Expressions(entry("b")[0]))));
-  EXPECT_EQ("a`p", printed(Context_Name(Expression1_Expression(entry("a`p")[0]))));
-  EXPECT_EQ("a`p", printed(entry("a`p")[1]));
-  EXPECT_EQ("ij", printed(entry("b")[2]));
-  EXPECT_EQ(kXFalse, Asynt_Kind(entry("b")[3]));
-  // The cell of a part is the one in the package.
-  tAsynt cell = Context_Body(Expression1_Expression(Expression1_Expressions(entry("a")[0])));
-  while (Asynt_Kind(cell) == kExpression1 && cell != entry("a`p")[0]) cell = Expression1_Expressions(cell);
-  EXPECT_EQ(entry("a`p")[0], cell);
-}
-
 template <typename Condition>
 std::vector<tAsynt> nodes_with(tAsynt tree, Condition condition) {
   static std::vector<tAsynt> nodes;

@@ -12,31 +12,6 @@ constexpr tPosition kHere{7, 3};
 tAsynt symbol(const std::string& text) { return name(text, kHere); }
 tAsynt xlist(const std::vector<tAsynt>& elements) { return mXList(mkNonConvPos(kHere), list(elements)); }
 
-// A tree in one line: names, lists in brackets, "@" for a position with the conversion tag set.
-std::string line_of(tAsynt t) {
-  switch (Asynt_Kind(t)) {
-    case kSymbol: return NamedSymbol_Name(Symbol_SymInfo(t));
-    case kFilename: return std::string("file:") + Filename_Name(t);
-    case kPosConv: {
-      const tPosition pos = PosConv_Pos(t);
-      const bool here = Compare(pos, kHere) == 0 && PosConv_Converted(t) == yesConv;
-      return here ? "@" : "other position";
-    }
-    default: break;
-  }
-  const TreeKind& kind = Asynt_Schema.kinds[Asynt_Kind(t)];
-  if (Asynt_IsType(t, kExpressions) || Asynt_IsType(t, kIterators)) {
-    std::string text;
-    for (; Asynt_Schema.kinds[Asynt_Kind(t)].child_count; t = tree_raw_slot<tAsynt>(t, 1))
-      text += (text.empty() ? "" : ",") + line_of(tree_raw_slot<tAsynt>(t, 0));
-    return "[" + text + "]";
-  }
-  std::string text = kind.name;
-  for (int i = 0; i < kind.child_count; i++)
-    text += (i ? "," : "(") + line_of(tree_raw_slot<tAsynt>(t, kind.children[i]));
-  return kind.child_count ? text + ")" : text;
-}
-
 struct Predef : Trees {
   Index* heads = make_index(hash_table, 1);
 
@@ -55,7 +30,11 @@ struct Predef : Trees {
     std::string result;
     const std::string message = said([&] {
       const tAsynt a = list(args), node = mSimpleFFE(a, symbol(head));
-      result = line_of(convert_predef_node(kHere, a, PreDef_fun(type), PreDef_type_flag(type), node));
+      const tAsynt t = convert_predef_node(kHere, a, PreDef_fun(type), PreDef_type_flag(type), node);
+      result = tree_text(t);
+      if (!Asynt_IsType(t, kOperator)) return;
+      EXPECT_EQ(0, Compare(PosConv_Pos(Operator_PosConv(t)), kHere)) << head;
+      EXPECT_EQ(yesConv, PosConv_Converted(Operator_PosConv(t))) << head;
     });
     return message.empty() ? result : message;
   }
@@ -89,7 +68,7 @@ TEST_F(Predef, EveryHeadHasItsKind) {
     if (special.count(head)) continue;  // their arguments have a form of their own
     std::string result;
     for (size_t n = 0; n <= 3 && (result.empty() || result[0] == 'F'); n++) result = apply(head, n);
-    EXPECT_EQ(kinds.count(head) ? kinds[head] : "X" + head, result.substr(0, result.find('('))) << head;
+    EXPECT_EQ(kinds.count(head) ? kinds[head] : "X" + head, result.substr(0, result.find('['))) << head;
   }
   EXPECT_EQ(126, count);
 }
@@ -97,30 +76,30 @@ TEST_F(Predef, EveryHeadHasItsKind) {
 TEST_F(Predef, ApplicationsByNumberOfArguments) {
   for (const auto& [head, count, result] : table<3>(R"(
       Pi --> 0 --> XPi   Pi --> 1 --> F7,3 Constant  with argument list, 1 arguments.
-      Sin --> 0 --> F7,3 0 arguments to unary function Sin[].                     Sin --> 1 --> XSin(a)
+      Sin --> 0 --> F7,3 0 arguments to unary function Sin[].                     Sin --> 1 --> XSin[a]
       Sin --> 2 --> F7,3 2 arguments to unary function Sin[a, b].
-      Mod --> 1 --> F7,3 1 argument(s) to binary function.     Mod --> 2 --> XMod(a,b)
+      Mod --> 1 --> F7,3 1 argument(s) to binary function.     Mod --> 2 --> XMod[a,b]
       Mod --> 3 --> F7,3 3 argument(s) to binary function.     Not --> 0 --> F7,3 0 arguments to unary function Not[].
-      Not --> 1 --> XNot(@,a)               Power --> 1 --> F7,3 1 argument(s) to binary function.
-      Power --> 2 --> XPower(@,a,b)         Derivative --> 2 --> Deriv(@,a,b)     Plus --> 0 --> XPlus(@,[])
-      Plus --> 3 --> XPlus(@,[a,b,c])       Less --> 3 --> XLess(@,[a,b,c])       Unequal --> 2 --> XUnequal(@,[a,b])
+      Not --> 1 --> XNot[a]               Power --> 1 --> F7,3 1 argument(s) to binary function.
+      Power --> 2 --> XPower[a,b]         Derivative --> 2 --> Deriv[a,b]     Plus --> 0 --> XPlus[]
+      Plus --> 3 --> XPlus[a,b,c]       Less --> 3 --> XLess[a,b,c]       Unequal --> 2 --> XUnequal[a,b]
       Unequal --> 3 --> F7,3 3 argument(s) to binary function.
       Dimensions --> 0 --> F7,3 0 argument(s) to binary or unary  function.
-      Dimensions --> 1 --> XDimensions(@,[a])                  Dimensions --> 2 --> XDimensions(@,[a,b])
+      Dimensions --> 1 --> XDimensions[a]                  Dimensions --> 2 --> XDimensions[a,b]
       Dimensions --> 3 --> F7,3 3 argument(s) to binary or unary  function.
-      If --> 1 --> F7,3 Wrong no of args to If.                If --> 2 --> XIf(a,b,Empty)
-      If --> 3 --> XIf(a,b,c)               If --> 4 --> F7,3 Wrong no of args to If.
-      Abs --> 1 --> XAbs(a,NoType)          Abs --> 2 --> F7,3 Wrong no of args to Abs.
-      For --> 2 --> F7,3 Wrong no of args to For.              For --> 3 --> XFor(a,b,c,Empty)
-      For --> 4 --> XFor(a,b,c,d)           For --> 5 --> F7,3 Wrong no of args to For.
-      While --> 0 --> F7,3 Wrong no of args to While.          While --> 1 --> XWhile(a,Empty)
-      While --> 2 --> XWhile(a,b)           While --> 3 --> F7,3 Wrong no of args to While.
-      Module --> 2 --> F7,3 Expected 3 arguments here.         Module --> 3 --> XModule(a,b,c)
+      If --> 1 --> F7,3 Wrong no of args to If.                If --> 2 --> XIf[a,b,Empty]
+      If --> 3 --> XIf[a,b,c]               If --> 4 --> F7,3 Wrong no of args to If.
+      Abs --> 1 --> XAbs[a,NoType]          Abs --> 2 --> F7,3 Wrong no of args to Abs.
+      For --> 2 --> F7,3 Wrong no of args to For.              For --> 3 --> XFor[a,b,c,Empty]
+      For --> 4 --> XFor[a,b,c,d]           For --> 5 --> F7,3 Wrong no of args to For.
+      While --> 0 --> F7,3 Wrong no of args to While.          While --> 1 --> XWhile[a,Empty]
+      While --> 2 --> XWhile[a,b]           While --> 3 --> F7,3 Wrong no of args to While.
+      Module --> 2 --> F7,3 Expected 3 arguments here.         Module --> 3 --> XModule[a,b,c]
       With --> 4 --> F7,3 Expected 3 arguments here.           ArcTan --> 0 --> F7,3 Wrong number of args to arctan: 0
-      ArcTan --> 1 --> XArcTan(a)           ArcTan --> 2 --> ArcTan2(a,b)
-      ArcTan --> 3 --> F7,3 Wrong number of args to arctan: 3                     Print --> 0 --> XPrint([])
-      Which --> 2 --> XWhich([a,b])         N --> 0 --> F One or two arguments expected              N --> 1 --> XN(a)
-      N --> 2 --> XN(a)                     N --> 3 --> F One or two arguments expected
+      ArcTan --> 1 --> XArcTan[a]           ArcTan --> 2 --> ArcTan2[a,b]
+      ArcTan --> 3 --> F7,3 Wrong number of args to arctan: 3                     Print --> 0 --> XPrint[]
+      Which --> 2 --> XWhich[a,b]         N --> 0 --> F One or two arguments expected              N --> 1 --> XN[a]
+      N --> 2 --> XN[a]                     N --> 3 --> F One or two arguments expected
       Put --> 1 --> F7,3 1 argument(s) to Put function.        ForAll --> 1 --> F7,3 Wrong no of args to ForAll.
       IReduce --> 2 --> F7,3 Wrong number of args for IReduce
       Inequality --> 3 --> F Internal error in line 428 of predef
@@ -131,27 +110,27 @@ TEST_F(Predef, ApplicationsByNumberOfArguments) {
 
 TEST_F(Predef, ArgumentsOfAForm) {
   const tAsynt a = symbol("a"), b = symbol("b"), pair = xlist({a, b});
-  EXPECT_EQ("XPut(a,file:f.m)", apply("Put", {a, mStringConst("f.m")}));
+  EXPECT_EQ("XPut[a,Filename[\"f.m\"]]", apply("Put", {a, mStringConst("f.m")}));
   EXPECT_EQ("F7,3 The file of Put is not a constant: b", apply("Put", {a, b}));
   const auto set_to = [](tAsynt l, tAsynt r) { return mXSet(mkConvPos(kHere), l, r); };
-  EXPECT_EQ("XSet(@,a,b)", apply("oz$Parallel", {set_to(a, b)}));
-  EXPECT_EQ("ParSet([a,b],[a])", apply("oz$Parallel", {set_to(pair, xlist({a}))}));
+  EXPECT_EQ("XSet[a,b]", apply("oz$Parallel", {set_to(a, b)}));
+  EXPECT_EQ("ParSet[{a,b},{a}]", apply("oz$Parallel", {set_to(pair, xlist({a}))}));
   EXPECT_EQ("F7,3 Bad oz$Parallel annotation.", apply("oz$Parallel", {set_to(pair, b)}));
 
   const tAsynt i = xlist({symbol("i"), symbol("1"), symbol("n")}), j = xlist({symbol("j"), symbol("2"), symbol("m")});
   const tAsynt short_one = xlist({symbol("k"), symbol("3")});
-  const std::pair<tAsynt, std::string> rows[] = {{i, "[Iterator(i,1,n)]"},
-                                                 {xlist({i, j}), "[Iterator(i,1,n),Iterator(j,2,m)]"},
+  const std::pair<tAsynt, std::string> rows[] = {{i, "{Iterator[i,1,n]}"},
+                                                 {xlist({i, j}), "{Iterator[i,1,n],Iterator[j,2,m]}"},
                                                  {symbol("i"), "F Bad IReduce."},
                                                  {xlist({}), "F Empty IReduce iterator list."},
                                                  {short_one, "F Bad iterator in IReduce."},
                                                  {xlist({i, short_one}), "F Bad iterator in IReduce"},
                                                  {xlist({i, symbol("j")}), "F Bad iterator in IReduce"}};
   for (const auto& [iterators, result] : rows) {
-    const bool good = result[0] == '[';
-    EXPECT_EQ(good ? "IReduce(f,e," + result + ",Empty)" : result,
+    const bool good = result[0] == '{';
+    EXPECT_EQ(good ? "IReduce[f,e," + result + ",Empty]" : result,
               apply("IReduce", {symbol("f"), symbol("e"), iterators}));
-    EXPECT_EQ(good ? "ForAll(e," + result + ",Empty)" : result, apply("ForAll", {symbol("e"), iterators}));
+    EXPECT_EQ(good ? "ForAll[e," + result + ",Empty]" : result, apply("ForAll", {symbol("e"), iterators}));
   }
 }
 

@@ -265,14 +265,6 @@ TEST_F(Veritrans, FullFormText) {
   for (const auto& [text, expected] : table<2>(R"(
       f[oz$Type[a, oz$Real]] --> f[a] | E1,1 Undefined function symbol,  function not supported: f
       Plus[b, 1] --> XPlus[b,1] | E1,6 Undefined (variable) symbol: b
-      Times[-1, oz$Type[a, oz$Real], Power[a, -1], Power[Sin[a], -1]] --> XMinus[XDivide[a,XTimes[XSin[a],a]]]
-      Set[oz$Type[a[1], oz$Real], Plus[a[1], Pi]] --> XSet[<a[1]>,XPlus[<a[1]>,XPi]]
-      Part[oz$Type[x, oz$ArrayType[oz$Real, 3, 0]], 1, Blank] --> XPart[x:ArrayType[Real,{3,0}],1,XBlank]
-      Inequality[1, Less, Pi, Less, 4] --> XInequality[1,XLess[],XPi,XLess[],4]
-      Print[Derivative[1][oz$Type[a, oz$Real]]] --> XPrint[Deriv[1,a]]
-      CompoundExpression[If[True, Break, Null], While[False]] --> \
-          XCompoundExpression[XIf[XTrue,XBreak,XNull],XWhile[XFalse,Empty]]
-      Sin[1, 2] --> F 2 arguments to unary function Sin[1, 2].
       // A component becomes a part; its index is an expression like all others.
       oz$x$C[Times[2, Power[oz$Type[i, oz$Int], -1]]] --> XPart[x,XDivide[2,i]] | E1,1 Undefined (variable) symbol: x
     )"))
