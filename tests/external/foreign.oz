@@ -34,23 +34,15 @@ int length[String s_] := externinfo "c_" "" "C" function(Input s);
 real total[real array[0, 0] a_, int n_] :=
   externinfo "f_" "" "Fortran" function(rows = dim(a, 1), n = dim(a, 2), Input a);
 
-(* Arrays of each rank. The routine adds to each element its subscripts, read as digits, and puts these digits into a
+(* Arrays of two and four dimensions. The routine adds to each element its subscripts, read as digits, and puts these digits into a
    second array, which has the sizes of the first in reverse. *)
-{int array[0], complex array[0]} marked1[int array[0] a_] :=
-  externinfo "f_" "" "Fortran" procedure(n1 = dim(a, 1), InOut a, Output b(n1));
 {real array[0, 0], int array[0, 0]} marked2[real array[0, 0] a_] :=
   externinfo "f_" "" "Fortran" procedure(n1 = dim(a, 1), n2 = dim(a, 2), InOut a, Output b(n2, n1));
-{complex array[0, 0, 0], real array[0, 0, 0]} marked3[complex array[0, 0, 0] a_] :=
-  externinfo "f_" "" "Fortran" procedure(n1 = dim(a, 1), n2 = dim(a, 2), n3 = dim(a, 3), InOut a, Output b(n3, n2, n1));
 {real array[0, 0, 0, 0], complex array[0, 0, 0, 0]} marked4[real array[0, 0, 0, 0] a_] :=
   externinfo "f_" "" "Fortran"
     procedure(n1 = dim(a, 1), n2 = dim(a, 2), n3 = dim(a, 3), n4 = dim(a, 4), InOut a, Output b(n4, n3, n2, n1));
-{complex array[0], int array[0]} noted1[complex array[0] a_] :=
-  externinfo "c_" "" "C" procedure(n1 = dim(a, 1), InOut a, Output b(n1));
 {int array[0, 0], real array[0, 0]} noted2[int array[0, 0] a_] :=
   externinfo "c_" "" "C" procedure(n1 = dim(a, 1), n2 = dim(a, 2), InOut a, Output b(n2, n1));
-{real array[0, 0, 0], complex array[0, 0, 0]} noted3[real array[0, 0, 0] a_] :=
-  externinfo "c_" "" "C" procedure(n1 = dim(a, 1), n2 = dim(a, 2), n3 = dim(a, 3), InOut a, Output b(n3, n2, n1));
 {complex array[0, 0, 0, 0], int array[0, 0, 0, 0]} noted4[complex array[0, 0, 0, 0] a_] :=
   externinfo "c_" "" "C"
     procedure(n1 = dim(a, 1), n2 = dim(a, 2), n3 = dim(a, 3), n4 = dim(a, 4), InOut a, Output b(n4, n3, n2, n1));

@@ -38,13 +38,6 @@ void c_replaced(char *s, int *n) {
   s[place] = '*';
 }
 
-void c_noted1(int n1, double complex *a, int *b) {
-  for (int i = 0; i < n1; i++) {
-    a[i] += i + 1;
-    b[i] = i + 1;
-  }
-}
-
 void c_noted2(int n1, int n2, int *a, double *b) {
   for (int i = 0; i < n1; i++)
     for (int j = 0; j < n2; j++) {
@@ -52,16 +45,6 @@ void c_noted2(int n1, int n2, int *a, double *b) {
       a[j * n1 + i] += mark;
       b[i * n2 + j] = mark;
     }
-}
-
-void c_noted3(int n1, int n2, int n3, double *a, double complex *b) {
-  for (int i = 0; i < n1; i++)
-    for (int j = 0; j < n2; j++)
-      for (int k = 0; k < n3; k++) {
-        const int mark = 111 + 100 * i + 10 * j + k;
-        a[(k * n2 + j) * n1 + i] += mark;
-        b[(i * n2 + j) * n3 + k] = mark;
-      }
 }
 
 void c_noted4(int n1, int n2, int n3, int n4, double complex *a, int *b) {

@@ -47,17 +47,6 @@ double precision function f_total(rows, columns, a)
   f_total = sum(a(:, columns)) - sum(a(:, 1))
 end function
 
-subroutine f_marked1(n1, a, b)
-  integer, intent(in) :: n1
-  integer, intent(inout) :: a(n1)
-  double complex, intent(out) :: b(n1)
-  integer :: i
-  do i = 1, n1
-    a(i) = a(i) + i
-    b(i) = i
-  end do
-end subroutine
-
 subroutine f_marked2(n1, n2, a, b)
   integer, intent(in) :: n1, n2
   double precision, intent(inout) :: a(n1, n2)
@@ -67,21 +56,6 @@ subroutine f_marked2(n1, n2, a, b)
     do j = 1, n2
       a(i, j) = a(i, j) + 10 * i + j
       b(j, i) = 10 * i + j
-    end do
-  end do
-end subroutine
-
-subroutine f_marked3(n1, n2, n3, a, b)
-  integer, intent(in) :: n1, n2, n3
-  double complex, intent(inout) :: a(n1, n2, n3)
-  double precision, intent(out) :: b(n3, n2, n1)
-  integer :: i, j, k
-  do i = 1, n1
-    do j = 1, n2
-      do k = 1, n3
-        a(i, j, k) = a(i, j, k) + 100 * i + 10 * j + k
-        b(k, j, i) = 100 * i + 10 * j + k
-      end do
     end do
   end do
 end subroutine

@@ -150,37 +150,24 @@ class LinkTest(unittest.TestCase):
 
     def test_wrong_calls_answer_failed_and_the_loop_goes_on(self):
         long_name = "x" * 5000
-        rows = [("call 0", "$Failed"),                            # the licence commands that do not exist
-                ("call 1 1", "$Failed"),
-                ("call 2", "$Failed"),
-                ("call 9", "$Failed"),
-                ("call -1", "$Failed"),
-                ("call 99999999999", "$Failed"),
-                ("call x", "$Failed"),
-                ("packet 7", "$Failed"),
-                ("packet 7 5 6", "$Failed"),                      # no list
-                ("packet 7 5 List", "$Failed"),
-                ("packet 7 5 Sequence[]", "$Failed"),
-                ("call 5 1", "$Failed"),                          # the number of arguments
-                ("call 6", "$Failed"),
-                ('call 4 "C++" "x" False 1', "$Failed"),
-                ("call 6 1", "$Failed"),                          # their types
-                ("call 6 {1, {2, f[3.5]}}", "$Failed"),
-                ('call 4 "C++" "x" "False"', "$Failed"),
-                ('call 7 "Hold[Small`f]" x', "$Failed"),
-                ('call 7 "Hold[Small`f]" 3000000000', "$Failed"),
-                ('call 6 "a\\x00b"', "$Failed"),
-                ("CloseFileInternal", '"No file open, no file closed."'),
-                ('GenerateVariableInternal "Hold[k]"', '"No file open for code generation"'),
-                ('GenerateFunctionInternal "nonsense" 0', '"No file open for code generation"'),
-                ('GenerateEvaluateFunctionInternal "nonsense" "1" 0', '"No file open for code generation"'),
-                ('OpenFileInternal "x" "Pascal" False', '"Invalid target language, try Fortran90, HPF, or C++"'),
-                ('OpenFileInternal "no/folder/x" "C++" False', '"Could not open errfile"'),
-                ('CompileInternal "m.oz" "" "no/folder/err" ""', '"Could not open errfile"'),
-                ('OpenFileInternal "x" "hpf" True', '"OK"'),
-                ('GenerateVariableInternal "Hold[%s]"' % long_name, '"Variable not found: %s"' % long_name),
-                ('GenerateFunctionInternal "Hold[k]" 0', '"Function not found: k"'),
-                ("CloseFileInternal", '"OK"')]
+        failing = ["call 0", "call 1 1", "call 2", "call 9",  # the licence commands that do not exist
+                   "call -1", "call 99999999999", "call x",
+                   "packet 7", "packet 7 5 6", "packet 7 5 List", "packet 7 5 Sequence[]",  # no list
+                   "call 5 1", "call 6", 'call 4 "C++" "x" False 1',  # the number of arguments
+                   "call 6 1", "call 6 {1, {2, f[3.5]}}", 'call 4 "C++" "x" "False"',  # their types
+                   'call 7 "Hold[Small`f]" x', 'call 7 "Hold[Small`f]" 3000000000', 'call 6 "a\\x00b"']
+        rows = [(line, "$Failed") for line in failing]
+        rows += [("CloseFileInternal", '"No file open, no file closed."'),
+                 ('GenerateVariableInternal "Hold[k]"', '"No file open for code generation"'),
+                 ('GenerateFunctionInternal "nonsense" 0', '"No file open for code generation"'),
+                 ('GenerateEvaluateFunctionInternal "nonsense" "1" 0', '"No file open for code generation"'),
+                 ('OpenFileInternal "x" "Pascal" False', '"Invalid target language, try Fortran90, HPF, or C++"'),
+                 ('OpenFileInternal "no/folder/x" "C++" False', '"Could not open errfile"'),
+                 ('CompileInternal "m.oz" "" "no/folder/err" ""', '"Could not open errfile"'),
+                 ('OpenFileInternal "x" "hpf" True', '"OK"'),
+                 ('GenerateVariableInternal "Hold[%s]"' % long_name, '"Variable not found: %s"' % long_name),
+                 ('GenerateFunctionInternal "Hold[k]" 0', '"Function not found: k"'),
+                 ("CloseFileInternal", '"OK"')]
         script = "\n".join(line + "\nanswer" if line.startswith("packet") else line for line, _ in rows)
         wanted = "".join("answer %s\n" % answer for _, answer in rows)
         self.assertEqual(self.installed('CompileInternal "m.oz" "" "err" ""\n' + script),

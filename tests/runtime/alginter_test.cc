@@ -40,20 +40,6 @@ void AL_product() {
   lmif_return(lm_complexNN(z * t(1, 1, 1, 2)));
 }
 
-double asked(const double& x) {
-  AL_IF_start("asked", 1);
-  lmif_return(x);
-  AL_IF_wait();
-  double CB__ret;
-  cb_get(CB__ret);
-  return CB__ret;
-}
-extern "C" void AL_asking();
-void AL_asking() {
-  get_double(x);
-  lmif_return(asked(x) + 1);
-}
-
 extern "C" void AL_nothing();
 void AL_nothing() { lmif_return(); }
 
@@ -62,7 +48,6 @@ namespace {
 const AL_IF_function kFunctions[] = {{"scaled[x_Real]", "{x, n,v,m}", AL_scaled},
                                      {"several[z_Complex]", "{ z,s}", AL_several},
                                      {"product[z_]", "{z, t, names}", AL_product},
-                                     {"asking[x_]", "{x}", AL_asking},
                                      {"nothing[]", "{ }", AL_nothing},
                                      {"EndPackage[]", nullptr, nullptr}};
 
@@ -82,14 +67,14 @@ class Alginter : public testing::Test {
       int connect_error = 0;
       const ALINK link =
           ALOpenString(env_, "-linkmode connect -linkname alginter -linkprotocol IntraProcess", &connect_error);
-      served_ = link && ALConnect(link) && AL_IF_serve(link, kFunctions, 6);
+      served_ = link && ALConnect(link) && AL_IF_serve(link, kFunctions, 5);
       if (link) ALClose(link);
     });
     ASSERT_EQ(ALConnect(host_), 1);
     std::string announced;
     for (std::string text = read(); text != "End" && text != "?"; text = read()) announced += text + ";";
     EXPECT_EQ(announced.substr(0, 64), "DefineExternal[scaled[x_Real],{x, n,v,m},0];DefineExternal[sever");
-    EXPECT_EQ(announced.substr(announced.size() - 34), "nal[nothing[],{ },4];EndPackage[];");
+    EXPECT_EQ(announced.substr(announced.size() - 34), "nal[nothing[],{ },3];EndPackage[];");
   }
   void TearDown() override {
     ALClose(host_);
@@ -179,23 +164,14 @@ TEST_F(Alginter, ValuesGoBothWays) {
   ALPutString(host_, "b");
   EXPECT_EQ(answer(), "List[List[Complex[7,0],Complex[14,0],Complex[21,0]]]");
 
-  call(4, 0);
+  call(3, 0);
   EXPECT_EQ(answer(), "Null");
-}
-
-TEST_F(Alginter, CallbacksAreAnsweredInBetween) {
-  call(3, 1);
-  ALPutReal(host_, 2.5);
-  EXPECT_EQ(answer(), "EvaluatePacket[asked[2.5]]");
-  ALPutFunction(host_, "ReturnPacket", 1);
-  ALPutReal(host_, 40);
-  EXPECT_EQ(answer(), "41");
 }
 
 // After each failure the next call works.
 TEST_F(Alginter, FailedCallsAreAnswered) {
   testing::internal::CaptureStderr();
-  for (const int number : {9, 5, -1, 3}) {  // 5 is no function, and 3 wants an argument
+  for (const int number : {9, 4, -1, 0}) {  // 4 is no function, and 0 wants arguments
     call(number, 0);
     EXPECT_EQ(answer(), "$Failed");
   }
@@ -215,7 +191,7 @@ TEST_F(Alginter, FailedCallsAreAnswered) {
       put_matrix({{10, 20, 30}});
     EXPECT_EQ(answer(), "$Failed");
   }
-  call(4, 0);
+  call(3, 0);
   EXPECT_EQ(answer(), "Null");
   const std::string errors = testing::internal::GetCapturedStderr();
   for (const char* expected :

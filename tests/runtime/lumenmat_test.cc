@@ -1,5 +1,5 @@
 // The array library: shapes, subscripts, expressions and aliasing over ranks 1 to 4 and all element types, and the
-// functions by examples that were worked out by hand.
+// functions by examples that were worked out by hand, as far as arrays_test has none.
 
 #include "lumenmat.h"
 
@@ -228,7 +228,6 @@ TEST(Lists, AreMadeAndTakenApart) {
   EXPECT_EQ(error_of([&] { Append(two_by_three(), make_lumenN(1, 1)); }),
             "Join: the shapes {2, 3} and {1, 1} do not fit");
   EXPECT_EQ(text(Drop(v, R(2, 2))) + text(Drop(v, R(-2, -1))) + text(Drop(v, R(0, -1))), "{1, 3}{1}{1, 2, 3}");
-  EXPECT_EQ(text(Drop(two_by_three(), R(1, 1))), "{{4, 5, 6}}");
   const intNNN t = counted<int, 3>({{2, 2, 3}});
   EXPECT_EQ(text(lumen_flatten0(t)), text(t));
   EXPECT_EQ(text(lumen_flatten1(t)), "{{1, 2, 3}, {4, 5, 6}, {7, 8, 9}, {10, 11, 12}}");
@@ -325,19 +324,11 @@ TEST(Functions, OfArraysGoElementByElement) {
   const struct {
     std::string text, expected;
   } rows[] = {{text(abs(x)), "{0.25, 2.5}"},
-              {text(floor(ElemQuotient(make_lumenN(2, 7, -7), make_lumenN(2, 2, 2)))), "{3, -4}"},
-              {text(pow(make_lumenN(3, 1, 2, 3), 2)), "{1, 4, 9}"},
               {text(pow(2, make_lumenN(2, 3, 4))), "{8, 16}"},
-              {text(Mod(x, 1)), "{0.25, 0.5}"},
-              {text(1 / x), "{4, -0.4}"},
-              {text(-x), "{-0.25, 2.5}"},
-              {text(sign(x)), "{1, -1}"},
-              {text(IntegerPart(x)), "{0, -2}"},
               {text(!make_lumenN(2, 0, 5)), "{1, 0}"},
               {text(make_lumenN(2, 0, 1) || make_lumenN(2, 0, 0)), "{0, 1}"},
               {text(atan2(make_lumenN(1, 0.0), make_lumenN(1, 2.0))), "{0}"}};
   for (const auto& row : rows) EXPECT_EQ(row.text, row.expected);
-  EXPECT_EQ(sin(x)(2), std::sin(-2.5));
   intN i(2);
   i = floor(x);
   EXPECT_EQ(text(i), "{0, -3}");

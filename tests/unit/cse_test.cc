@@ -162,30 +162,6 @@ TEST_F(Cse, FunctionBodies) {
   EXPECT_TRUE(contains(message_of([] { finish_fun_cse(mXPi()); }), "Internal error in line "));
 }
 
-// Flat, or with the conditional rebuilt so that a branch computes what it alone needs; or handed over for measuring.
-TEST_F(Cse, GroupsOfAssignments) {
-  const auto finished = [](int flat) {
-    begin();
-    simple_code = flat;
-    Set_list_cse(typed_tree("XSet[x,XIf[c,XSin[y],y]]"));
-    return code_text(finish_cse());
-  };
-  EXPECT_EQ("(T1=XSin[y];T2=XIf[c,T1,y];x=T2)", finished(1));
-  EXPECT_EQ("(XIf[c,(T1=XSin[y];T2=T1),(T2=y)];x=T2)", finished(0));
-
-  begin();
-  simple_code = do_ddg = 1;
-  static tAsynt scheduled;
-  const auto schedule = cse_schedule;
-  cse_schedule = [](tAsynt list) { scheduled = list; };
-  begin();
-  Set_list_cse(typed_tree("XSet[x,y]"));
-  finish_cse();
-  EXPECT_EQ("{x=y}", code_text(scheduled));
-  cse_schedule = schedule;
-  simple_code = do_ddg = 0;
-}
-
 TEST_F(Cse, ValueNumbers) {
   EXPECT_EQ(35937u, hash_int(1)) << "1 * 33^3";
   EXPECT_EQ(9450300u, hash_int(-1)) << "255 * (33^3 + 33^2 + 33 + 1)";

@@ -15,9 +15,7 @@ namespace oz {
 namespace {
 
 struct Garbage : CommandFolder {
-  void compile() const {
-    EXPECT_EQ("OK", CommandFolder::compile(kCommandsModel, "-u -o " + folder + "m.m"));
-  }
+  void compile() const { EXPECT_EQ("OK", CommandFolder::compile(kCommandsModel, "-u -o " + folder + "m.m")); }
   void session(const char* language) const {
     EXPECT_EQ("OK", open(language, "m"));
     EXPECT_STREQ("OK", al_generate_variable("Hold[]"));

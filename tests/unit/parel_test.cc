@@ -42,9 +42,6 @@ std::string schedule_text(const std::string& equations, const std::string& time 
 
 TEST_F(Parel, Systems) {
   for (const auto& [equations, schedule] : table<2>(R"(
-      // The outputs come in the order of the equations within the block, since no output is a state variable.
-      XEqual[Deriv[1,x],XMinus[x[t]]],XEqual[Deriv[1,y],x[t]] --> \
-          {y,x} -> {y_out,x_out}: {x,x} -> {x_out,y_out}: (T1=XMinus[x];y_out=x;x_out=T1)
       // What is no state variable comes first, then z, y, x in the order of the system's list. a*y is shared.
       XEqual[Deriv[1,x],XPlus[x[t],XTimes[a,y[t]]]],XEqual[Deriv[1,y],XTimes[a,y[t]]],XEqual[Deriv[1,z],z[t]] --> \
           {z,y,x} -> {z_out,y_out,x_out}: {a,a,z,y,y,x} -> {x_out,y_out,z_out}: (T1=XTimes[a,y];T2=XPlus[x,T1];\

@@ -178,13 +178,5 @@ TEST(PompOutText, ValuesOfNumberText) {
   }
 }
 
-TEST(PompOutText, Spellings) {
-  cpinit_operator_name();
-  const std::pair<Asynt_tKind, const char*> rows[] = {
-      {kXArcSinh, "asinh"}, {kXFloor, "ifloor"},      {kXRound, "irint"},           {kXDot, "*"},   {kXUnequal, " != "},
-      {kXTrue, "1"},        {kXI, "lm_complex(0,1)"}, {kXFlatten, "lumen_flatten"}, {kXAll, "XAll"}};
-  for (const auto& [kind, expected] : rows) EXPECT_STREQ(expected, cpoperator_name[kind]);
-}
-
 }  // namespace
 }  // namespace oz

@@ -90,8 +90,6 @@ TEST_F(PompExtern, Stubs) {
       real f[real x_] := externinfo "p" "" "C" function(x); --> \
           /* BRANCH 2 */ extern "C" { double pf( /* Input double/input */ double x); } --> inline double pf_c ( const \
           double &x) { return pf ( /* Input */ x); } --> double pf_c ( const double &);
-      String f[] := externinfo "" "" "C" procedure(); --> /* BRANCH 2 */ extern "C" { RWCString f( ); } --> \
-          inline RWCString f_c () { return f ( ); } --> RWCString f_c ();
       // one output: a variable of the stub
       real f[real x_] := externinfo "p" "" "C" procedure(Input x, Output y); --> \
           /* BRANCH 2 */ extern "C" { void pf( /* Input double/input */ double x, /* Output double/output-inout */ \
@@ -134,16 +132,6 @@ TEST_F(PompExtern, Stubs) {
     EXPECT_EQ(prototype, squeezed(added.h)) << definition;
     EXPECT_EQ("", added.cc + added.tm + added.wrappers);
   }
-}
-
-// The host sees a stub like any other function.
-TEST_F(PompExtern, TemplateAndWrapperOfAStub) {
-  keep("{real, real} f[int n_, String s_] := externinfo \"p\" \"ctx`\" \"C\" procedure(n, s, Output a, Output b);");
-  const PompTexts added = function("f");
-  EXPECT_TRUE(contains(added.tm, ":Evaluate: BeginPackage[\"ctx`\"]\n:Evaluate: f;\n"));
-  EXPECT_TRUE(contains(added.tm, ":Pattern:      f[ n_Integer, s_String]\n:Arguments:    { n,s}\n"));
-  EXPECT_TRUE(contains(lines_of(added.wrappers),
-                       "get_int(n); | get_string(s); | double  zc_O1; | double  zc_O2; | pf_c( n,s,zc_O1,zc_O2);"));
 }
 
 // What is wrong with a declaration is told, and the text goes on.

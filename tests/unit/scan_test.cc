@@ -113,27 +113,20 @@ TEST(Scan, ReportsWhatIsNoToken) {
   }
 }
 
+// Every occurrence has nodes of its own; only the text is shared.
 TEST(Scan, BindsNames) {
   init_oz_index();
   const SourceFile file("Sin x Sin x");
   file.begin();
   tAsynt symbols[4];
-  for (tAsynt& symbol : symbols) {
-    ASSERT_EQ(tokId, scan_GetToken());
-    symbol = scan_Attribute.Symbol;
+  for (tAsynt& symbol : symbols) scan_GetToken(), symbol = scan_Attribute.Symbol;
+  for (const tAsynt* s : {&symbols[0], &symbols[1]}) {
+    const bool predefined = s == &symbols[0];
+    EXPECT_EQ(predefined ? kAbsoluteSymbol : kSimpleSymbol, Asynt_Kind(s[2]));
+    EXPECT_EQ(predefined ? kPreDef : kNoType, Asynt_Kind(SymInfo_Type(s[2])));
+    EXPECT_EQ(predefined ? 7u : 11u, SymInfo_Pos(s[2]).Column);
+    EXPECT_NE(SymInfo_Type(s[0]), SymInfo_Type(s[2]));
   }
-  for (int i : {0, 2}) {
-    ASSERT_EQ(kAbsoluteSymbol, Asynt_Kind(symbols[i]));
-    EXPECT_EQ(kPreDef, Asynt_Kind(SymInfo_Type(symbols[i])));
-    EXPECT_EQ(i == 0 ? 1u : 7u, SymInfo_Pos(symbols[i]).Column);
-  }
-  for (int i : {1, 3}) {
-    ASSERT_EQ(kSimpleSymbol, Asynt_Kind(symbols[i]));
-    EXPECT_EQ(kNoType, Asynt_Kind(SymInfo_Type(symbols[i])));
-  }
-  // Every occurrence has nodes of its own; only the text is shared.
-  EXPECT_NE(SymInfo_Type(symbols[0]), SymInfo_Type(symbols[2]));
-  EXPECT_NE(SymInfo_Type(symbols[1]), SymInfo_Type(symbols[3]));
   EXPECT_EQ(NamedSymbol_Name(symbols[1]), NamedSymbol_Name(symbols[3]));
 }
 

@@ -231,21 +231,6 @@ TEST_F(Sheepconv, SizesThatNameLocals) {
   EXPECT_EQ("{n,7}", code_text(dims));
 }
 
-// An out-parameter gets its shape too, in a module or in a body without one.
-TEST_F(Sheepconv, ResultsOfUnknownSize) {
-  const auto rewritten = [](bool module) {
-    const tAsynt out = mOutParam(SymInfo_Type(info_of("u")), NoPosition, 1);
-    tAsynt body = mXSet(no_place(), mSymbol(out), typed_tree("w"));
-    if (module) body = mXModule(mSymbol0(), mExpression0(), body);
-    const tAsynt head = mSimpleFFE(mExpression1(mSymbol(out), mExpression0()), typed_tree("f"));
-    const tAsynt t = mXSetDelayed(no_place(), head, body);
-    Rewrite_array_init(t);
-    return code_text(t);
-  };
-  EXPECT_EQ("XSetDelayed[f[O1],(XSetShape[O1,#2,#3];O1=w)]", rewritten(false));
-  EXPECT_EQ("XSetDelayed[f[O1],XModule[{},{},(XSetShape[O1,#2,#3];O1=w)]]", rewritten(true));
-}
-
 TEST_F(Sheepconv, DeepNestingAndLongLists) {
   tAsynt deep = typed_tree(spelled("<x>"));
   for (int k = 0; k < kMaxNesting; k++) deep = mXPlus(no_place(), mExpression1(deep, mExpression0()));

@@ -139,13 +139,7 @@ TEST_F(SheepOut, Numbers) {
   EXPECT_EQ("&\n  &"sv.size() + 301 + ".0000000d0"sv.size(), f90.added([] { foutput_real(1e300); }).size());
 }
 
-TEST_F(SheepOut, Spellings) {
-  finit_operator_name();
-  const std::pair<tAsynt, const char*> rows[] = {{nXTrue(), ".TRUE."},     {nXPi(), "3.1415926535897932_zc_real"},
-                                                 {nXRound(), "anint"},     {nXAnd(), " .and. "},
-                                                 {nXDot(), "dot_product"}, {nCross(), "?bar?"},
-                                                 {nXUnequal(), " /= "},    {nXArcSinh(), "XArcSinh"}};
-  for (const auto& row : rows) EXPECT_EQ(row.second, f90.added([&] { foutput_operator(row.first); }));
+TEST_F(SheepOut, LinkRoutines) {
   EXPECT_STREQ("! ERROR: CBGET ", if_func_cbget[0]);
   EXPECT_STREQ("putNNNNint", if_func_put[17]);  // truth values of rank 4
   EXPECT_STREQ("getNNNNstr", if_func_get[25]);

@@ -246,14 +246,5 @@ TEST_F(SheepFn, Contexts) {
   for (const auto& [info, context] : rows) EXPECT_EQ(context, GetFunctionPrefixContext(info));
 }
 
-TEST_F(SheepFn, Module) {
-  finit();
-  fexit();
-  EXPECT_EQ(
-      "module zc_M | use ZentricaPrecision | use ZentricaSheep | implicit none | interface | "
-      "! Declarations of external functions (if any) | include   'MExt.f90inc' | end interface | end module zc_M",
-      lines_of(f90.str()));
-}
-
 }  // namespace
 }  // namespace oz

@@ -62,20 +62,6 @@ TEST(TreeKit, DumpOfLabelsScalarsAndNulls) {
       dump_of(mRealConst(1.0)));
 }
 
-TEST(TreeKit, CyclesTerminate) {
-  tAsynt x = simple("n");
-  SymInfo_Type(Symbol_SymInfo(x)) = mArrayType(mRealType(nullptr), list({x}));
-  const std::string text = dump_of(x);
-  EXPECT_NE(std::string::npos, text.find("^1\n")) << text;
-  tAsynt y = CopyAsynt(x);
-  EXPECT_NE(x, y);
-  EXPECT_EQ(y, Expression1_Expression(ArrayType_Dimensions(SymInfo_Type(Symbol_SymInfo(y)))));
-  EXPECT_TRUE(CheckAsynt(x));
-  ReleaseAsynt(y);
-  EXPECT_TRUE(AsyntMarksAreZero(x));
-  EXPECT_TRUE(AsyntMarksAreZero(y));
-}
-
 TEST(TreeKit, CopyKeepsSharingAndTexts) {
   tAsynt x = simple("x");
   tAsynt t = list({x, mSymbol(Symbol_SymInfo(x))});

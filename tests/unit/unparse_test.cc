@@ -212,48 +212,15 @@ TEST_F(UnparseTest, SignsThatWouldRunTogether) {
     )");
 }
 
-TEST_F(UnparseTest, PackageWithIndentation) {
+// What whole models do not show: what is left out at the start and the end of a package, and a context alone.
+TEST_F(UnparseTest, PackagesAndContexts) {
   const tAsynt external = mExternalDeclaration("pre", "ctx", "C", mExternalFunctionReturns(), mParameterspec0());
   const tAsynt external_function = mXSetDelayed(no_place(), typed_tree("g[]"), external);
-  const tAsynt module = typed_tree("XSetDelayed[f,XModule[{u,v,w},{1,&,u},XCompoundExpression[u,v]]]");
   const tAsynt hidden = mNonAlgAuxiliary(name("unseen"));
-  const tAsynt part = mContext(path({name("a")}, "p"), list({name("z")}));
   const tAsynt bare = mContext(path({}, "b"), list({name("this"), mComment("Instance body: ", "b")}));
-  const tAsynt inner = mContext(
-      path({}, "a"), list({mEmpty(), mComment("Class: ", "A"), external_function, name("x"), module, hidden, part}));
-  const tAsynt needs = mFilename1(mFilename("Operators`"), mFilename1(mFilename("Iterators`"), mFilename0()));
-  EXPECT_EQ(R"(BeginPackage["Tank`", { "Operators`", "Iterators`" } ];
-
-  g;
-  a;
-  Begin["a`"];
-
-    ;
-    (* Class: A *)
-    x;
-    f:=(Module [ { u = 1,
-      v,
-      w = u },
-      u;
-      v]);
-    Begin["a`p`"];
-
-      z
-
-    End[]
-
-  End[];
-  Begin["b`"];
-
-    this;
-    (* Instance body: b *)
-)"
-            "  \n"
-            R"(
-  End[]
-EndPackage[];
-)",
-            text_of(unparse_filep, mPackage(name("Tank"), needs, list({hidden, name("g"), name("a"), inner, bare}))));
+  const tAsynt inner = mContext(path({}, "a"), list({mEmpty(), external_function, name("x"), hidden}));
+  EXPECT_EQ("BeginPackage[\"Tank`\"];\n\n  g;\n  Begin[\"a`\"];\n\n    ;\n    x\n\n  End[]\nEndPackage[];\n",
+            text_of(unparse_filep, mPackage(name("Tank"), mFilename0(), list({hidden, name("g"), inner}))));
   EXPECT_EQ("Begin[\"b`\"];\n\nthis;\n(* Instance body: b *)\n\n\nEnd[]", text_of(unparse_file, bare));
   EXPECT_EQ("BeginPackage[\"m`\"];\n\n\nEndPackage[];\n",
             text_of(unparse_filep, mPackage(name("m"), mFilename0(), mExpression0())));

@@ -2,7 +2,7 @@ model Globs;
 
 packages "Math`", "Util`";
 
-(* Every form of a global; a class that nobody uses leaves nothing. *)
+(* Every form of a global; a class that nobody uses leaves nothing, nor does a circle of such classes. *)
 real g := 9.81;
 h;
 k[1, 2];
@@ -24,3 +24,5 @@ md := Module[{real array[2] b = g, d}, b + d];
 
 class Unused(p) inherits Missing hide: x := p; end Unused;
 class Missing end;
+class A inherits B hide: x; end;
+class B inherits A hide: y := x; end;

@@ -1,1 +1,0 @@
-../cplusplus/forms.oz
