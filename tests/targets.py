@@ -43,11 +43,7 @@ NOT_COMPARED = {
     "Forms`branches": "a Which as a value",
     "Forms`sequence": "a sequence as a value",
     "Forms`asked": "a callback",
-    "Numerics`errorFunction": "external",
-    "Numerics`randomInteger": "external",
-    "Numerics`bessel": "external",
-    "Numerics`polar": "external",
-    "Numerics`sorted": "external",
+    **{"Numerics`" + name: "external" for name in ("errorFunction", "randomInteger", "bessel", "polar", "sorted")},
 }
 
 TOLERANCE = 1e-13

@@ -41,8 +41,6 @@ real total[real array[0, 0] a_, int n_] :=
 {real array[0, 0, 0, 0], complex array[0, 0, 0, 0]} marked4[real array[0, 0, 0, 0] a_] :=
   externinfo "f_" "" "Fortran"
     procedure(n1 = dim(a, 1), n2 = dim(a, 2), n3 = dim(a, 3), n4 = dim(a, 4), InOut a, Output b(n4, n3, n2, n1));
-{int array[0, 0], real array[0, 0]} noted2[int array[0, 0] a_] :=
-  externinfo "c_" "" "C" procedure(n1 = dim(a, 1), n2 = dim(a, 2), InOut a, Output b(n2, n1));
 {complex array[0, 0, 0, 0], int array[0, 0, 0, 0]} noted4[complex array[0, 0, 0, 0] a_] :=
   externinfo "c_" "" "C"
     procedure(n1 = dim(a, 1), n2 = dim(a, 2), n3 = dim(a, 3), n4 = dim(a, 4), InOut a, Output b(n4, n3, n2, n1));

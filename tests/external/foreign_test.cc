@@ -86,7 +86,6 @@ void marks_each_element(void (*stub)(const Array<T, N>&, Array<T, N>&, Array<U, 
 TEST(ForeignArrays, KeepTheirSubscripts) {
   marks_each_element(f_marked2_ftn);
   marks_each_element(f_marked4_ftn);
-  marks_each_element(c_noted2_c);
   marks_each_element(c_noted4_c);
   marks_each_element(x_taken4_cpp);
 }

@@ -38,15 +38,6 @@ void c_replaced(char *s, int *n) {
   s[place] = '*';
 }
 
-void c_noted2(int n1, int n2, int *a, double *b) {
-  for (int i = 0; i < n1; i++)
-    for (int j = 0; j < n2; j++) {
-      const int mark = 11 + 10 * i + j;
-      a[j * n1 + i] += mark;
-      b[i * n2 + j] = mark;
-    }
-}
-
 void c_noted4(int n1, int n2, int n3, int n4, double complex *a, int *b) {
   for (int i = 0; i < n1; i++)
     for (int j = 0; j < n2; j++)

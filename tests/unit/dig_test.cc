@@ -47,7 +47,6 @@ tAsynt definition_of(const char* name, tAsynt model) {
 
 TEST_F(Dig, Compilables) {
   for (const auto& [text, functions, messages] : table<3>(R"(
-      real f[real x_] := x; h[x_] := x; real v := 1; w := f[v]; --> M`f = P$`x -->
       real f[real x_, int y_] := x; g[_] := 1; real h[2]; h[2] := 1; --> M`f = P$`x -->
       real f[real x_] := x; real f[int k_] := k; real f[bool b_] := 3; --> M`f = 3 --> \
           W Multiple type declaration for M`f, using last one. | W Multiple type declaration for M`f, using last one.
@@ -92,10 +91,7 @@ TEST_F(Dig, Nests) {
 
 TEST_F(Dig, TypesOfNames) {
   for (const auto& [text, function, types] : table<3>(R"(
-      real x; int k := x; y := 2; real array[3] v; bool b := Sin[x]; -->  --> \
-          M`b = bool; M`k = int; M`v = real[3]; M`x = real
       real f[real x_] := x; w := f[1]; -->  --> M`f = real      real f[real x_] := x; w := f[1]; --> M`f -->
-      real a[1]; int b[i][2]; y := a[1]; -->  --> M`a[1] = real; M`b[i][2] = int
       real load := externinfo "l" "L`" "C" variable(Output load); y := load;real f[real x_] := externinfo "l" "L`" \
           "C" function(Input x); -->  --> M`load = XSetDelayed
       // Without the brackets of the set's indices. k is not used; its definition has the set's index as parameter.

@@ -76,7 +76,6 @@ TEST_F(Fun, OneResult) {
   check(R"(
       C`f[x_] --> %Sin[P$`x] --> real C`f[P$`x,O1] := XSet[O1,XSin[P$`x]]
       C`f[x_,n_] --> P$`n --> real C`f[P$`x,P$`n,O1] := XSet[O1,P$`n]
-      C`f[] --> %Pi --> real C`f[O1] := XSet[O1,XPi]
       C`a[] --> %List[1,%Times[-1,P$`x],%Pi] --> real[3] C`a[O1] := XSet[O1,XList[1,XMinus[P$`x],XPi]]
       C`f[x_] --> XModule[,{},XBlock[,{},XCompoundExpression[XBreak,XCompoundExpression[XBreak,P$`x]]]] --> \
           real C`f[P$`x,O1] := XModule[{},{},XBlock[{},{},XCompoundExpression[XBreak,XCompoundExpression[XBreak,\
@@ -92,13 +91,11 @@ TEST_F(Fun, OneResult) {
       C`a[x_] --> P$`x --> real[3] C`a[P$`x,O1] := XSet[O1,P$`x] | E Incompatible types for class initialisation in \
           return statement; consider using intermediate variables for expansion : | \
           E \s\s Assigned to Output (return) parameter no. 1 at line 0:0  | E \s\s Assigned from  P$`x
-      C`z[x_] --> P$`x --> complex C`z[P$`x,O1] := XSet[O1,P$`x]
     )");
 }
 
 TEST_F(Fun, SeveralResults) {
   check(R"(
-      C`two[x_] --> XList[P$`x,P$`n] --> multi() C`two[P$`x,O1,O2] := XCompoundExpression[XSet[O1,P$`x],XSet[O2,P$`n]]
       C`two[x_] --> %List[P$`x,P$`n] --> multi() C`two[P$`x,O1,O2] := XCompoundExpression[XSet[O1,P$`x],XSet[O2,P$`n]]
       C`two[x_] --> XModule[,{},XCompoundExpression[XBreak,XList[1,2]]] --> \
           multi() C`two[P$`x,O1,O2] := XModule[{},{},XCompoundExpression[XBreak,XCompoundExpression[XSet[O1,1],\
@@ -114,7 +111,6 @@ TEST_F(Fun, SeveralResults) {
           empty.
       C`two[x_] --> ExternBody --> multi() C`two[P$`x,O1,O2] := ExternBody[""]
       // A list of one type takes its value from a list, or takes the value itself.
-      C`one[x_] --> XList[P$`x] --> multi() C`one[P$`x,O1] := XCompoundExpression[XSet[O1,P$`x]]
       C`one[x_] --> %List[P$`x] --> multi() C`one[P$`x,O1] := XCompoundExpression[XSet[O1,P$`x]]
       C`one[x_] --> C`g[P$`x] --> multi() C`one[P$`x,O1] := XSet[O1,C`g[P$`x]]
       C`none[x_] --> %Plus[P$`x,1] --> multi() C`none[P$`x] := XPlus[P$`x,1]
@@ -127,7 +123,6 @@ TEST_F(Fun, MembersOfInstanceSets) {
       C`mv[n_][x_] --> v --> real[2] C`mv[P$`n,P$`x,O1] := XSet[O1,v]
       C`m[n_][x_] --> C`m[P$`n][C`m[%Plus[P$`n,1]][P$`x]] --> \
           real C`m[P$`n,P$`x,O1] := XSet[O1,C`m[P$`n,C`m[XPlus[P$`n,1],P$`x]]]
-      C`f[n_] --> y[P$`n] --> real C`f[P$`n,O1] := XSet[O1,XPart[y,P$`n]]
       C`f[n_] --> XPart[yv[%Sign[y[P$`n]]],2] --> real C`f[P$`n,O1] := XSet[O1,XPart[XPart[yv,XSign[XPart[y,P$`n]]],2]]
       C`f[n_] --> C`m[P$`n][] --> real C`f[P$`n,O1] := XSet[O1,C`m[P$`n]]
       C`f[n_] --> C`g[P$`n][1] --> real C`f[P$`n,O1] := XSet[O1,(C`g[P$`n])[1]]

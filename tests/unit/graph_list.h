@@ -1,13 +1,7 @@
 // Lists of assignments for graphs: "x=a+b; y=1; z=x+x", where only what is read and written counts.
 #pragma once
 
-#include <map>
-#include <sstream>
-#include <string>
-#include <vector>
-
-#include "Asynt.h"
-#include "oz.h"
+#include "support.h"
 
 namespace oz {
 
@@ -16,19 +10,16 @@ struct GraphList {
   std::map<std::string, tAsynt> symbols{};  // their information, by name
 
   explicit GraphList(const std::string& text) {
-    tAsynt* end = &list;
+    std::vector<tAsynt> all;
     std::istringstream assignments(text);
     for (std::string a; std::getline(assignments >> std::ws, a, ';');) {
       const size_t equals = a.find('=');
-      *end = mExpression1(mXSet(no_place(), use(a.substr(0, equals)), sum(a.substr(equals + 1))), nullptr);
-      end = &Expression1_Expressions(*end);
+      all.push_back(set(use(a.substr(0, equals)), sum(a.substr(equals + 1))));
     }
-    *end = mExpression0();
+    list = oz::list(all);
   }
 
  private:
-  static tAsynt no_place() { return mkNonConvPos(NoPosition); }
-
   tAsynt use(const std::string& name) {
     if (name[0] >= '0' && name[0] <= '9') return mExactIntConst("1");
     const auto found = symbols.try_emplace(name, nullptr).first;
@@ -40,9 +31,7 @@ struct GraphList {
     std::vector<tAsynt> operands;
     std::istringstream names(text);
     for (std::string name; std::getline(names, name, '+');) operands.push_back(use(name));
-    tAsynt all = mExpression0();
-    for (size_t i = operands.size(); i-- > 0;) all = mExpression1(operands[i], all);
-    return operands.size() == 1 ? operands[0] : mXPlus(no_place(), all);
+    return operands.size() == 1 ? operands[0] : mXPlus(no_place(), oz::list(operands));
   }
 };
 

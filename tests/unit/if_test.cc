@@ -62,10 +62,8 @@ TEST_F(IfTest, WorkedExamples) {
   for (const auto& [list, code] : table<2>(R"(
       // No conditional: temporaries in the order of their numbers, then the real assignments. T3 is needed by nobody.
       T1 = XTimes[a,b]; y = T1; T2 = XMinus[T1]; T3 = XMinus[a]; z = T2 --> T1=a*b; T2=-T1; y=T1; z=T2
-      y = a --> y=a
       // One branch: needed by y in any case is T2 alone, since {T1} and {} have nothing in common.
       T1 = XTimes[a,b]; T2 = XIf[c,T1,a]; y = T2 --> If[c, T1=a*b; T2=T1, T2=a]; y=T2
-      T1 = XTimes[a,b]; T2 = XIf[c,a,T1]; y = T2 --> If[c, T2=a, T1=a*b; T2=T1]; y=T2
       // Both branches: {T1,T2,T3} and {T2} have T2 in common, so T2 moves in front.
       T1 = XTimes[a,b]; T2 = XPlus[a,1]; T3 = XPlus[T1,T2]; T4 = XIf[c,T3,T2]; y = T4 --> \
           T2=a+1; If[c, T1=a*b; T3=T1+T2; T4=T3, T4=T2]; y=T4

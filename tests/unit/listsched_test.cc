@@ -57,8 +57,6 @@ TEST_F(ListSched, Tables) {
       // B 0, b 1, a 2, T 3, all on P1: a second processor is never sooner.
       {"a=b", "     0    1        3        0\n"},
       {"", "     0    1        0        0\n"},
-      // What is not connected with b stays out.
-      {"a=x; c=a; b=1", "     0    1        2        0\n"},
       // A diamond. Priorities B 5, x 4, a 3, b 3, c 2, T 1; b was numbered before a, so a comes first.
       // Cost 0: x 1 P1, a 2 P1, b: P1 3, new 2 +1 P2; c: P2 3 +1, P1 no sooner; T: P2 4.
       // Cost 20: b 3 P1, c 4, T 5.

@@ -15,13 +15,9 @@ struct Ozt : ModelText {
 
 TEST_F(Ozt, DeclarationsBecomeDefinitions) {
   for (const auto& [source, result] : table<2>(R"(
-      symbol a, b; --> Protect[M`a, M`b];\n
       array[3, 0] v; --> M`v=Array[M`oz$v$C,  { 3, _ } ];\nFormat[M`oz$v$C[i_]]:=HoldForm[M`v[[i]] ];\n
       array[2] f[1], w; --> M`f[1]=Array[M`oz$f$C[1],  { 2 } ];\nFormat[M`oz$f$C[1][i_]]:=HoldForm[(M`f[1])[[i]] ];\
           \nM`w=Array[M`oz$w$C,  { 2 } ];\nFormat[M`oz$w$C[i_]]:=HoldForm[M`w[[i]] ];\n
-      f := Module[{real array[2] w}, w]; --> \
-          M`f:=(Module [ { w },\n(w=Array[oz$w$C,  { 2 } ];\nFormat[oz$w$C[i_]]:=HoldForm[w[[i]] ]);\nw]);\n
-      once k := 1 + 2; --> M`k:=(M`k=1+2);\n
       once f[x_, 1, g] := x => h; --> M`f[P$`x_, 1, g]:=(M`f[P$`x, 1, g]=Indirect[P$`x, "h"]);\n
       static x := p => q; --> M`x:=Indirect[p, "q"];\n
       class C hide: static x := 1; static f[y_] := y; static N := 2; g := x; end; --> \
@@ -29,10 +25,8 @@ TEST_F(Ozt, DeclarationsBecomeDefinitions) {
       instance a begin x[i_, j] :== i => k end; --> \
           instance a\noz$x$P[P$`i_, j]:=Indirect[P$`i, "k"];\nLookup[x[P$`i_, j]]:=oz$x$P[P$`i, j];\nend;\n
       instance a hide: real y; begin y :== 1 end; --> instance a\noz$y$P:=1;\nLookup[y]:=oz$y$P;\ny;\nend;\n
-      p := a => b => c; --> M`p:=Indirect[Indirect[a, "b"], "c"];\n
       p := -f[a => b] + Block[{x = a => b}, {a => b}]; --> \
           M`p:=-f[Indirect[a, "b"]]+(Block [ { x = Indirect[a, "b"] },\n { Indirect[a, "b"] } ]);\n
-      real f[real x_] := extern "C"; g := 1; --> ;\nM`g:=1;\n
     )"))
     EXPECT_EQ(result, printed(transformed(source))) << source;
 }

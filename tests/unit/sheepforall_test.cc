@@ -96,8 +96,7 @@ TEST_F(SheepForAll, Statement) {
     EXPECT_EQ(row.text, numbered(t, statement(t)));
   }
   // The next statement has a line of its own.
-  const tAsynt both = mXCompoundExpression(
-      nullptr, mExpression1(transformed(kOne), mExpression1(typed_tree("XSet[y,2]"), mExpression0())));
+  const tAsynt both = compound({transformed(kOne), typed_tree("XSet[y,2]")});
   EXPECT_TRUE(contains(statement(both), "end do | y = 2"));
   // Loops that are no tasks: not rewritten, with another body, with a body of the other kind of scope.
   EXPECT_EQ("do i = 1, 4 | a(i) = b(i)+b(i)+x | end do", statement(kOne));

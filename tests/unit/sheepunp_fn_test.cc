@@ -38,7 +38,6 @@ TEST_F(SheepFn, TypesAndCodes) {
   for (const auto& [type, text, routine] : table<3>(R"(
       int --> integer(zc_int) --> getint        real --> real(zc_real) --> getdouble      bool --> logical --> getint
       string --> character(len=zc_strlen) --> getstr          int_s --> integer(zc_int) --> getint
-      real[2] --> real(zc_real) --> getNdouble                int[2] --> integer(zc_int) --> getNint
       int[2,2,2,2] --> integer(zc_int) --> getNNNNint         real[2,2,2,2] --> real(zc_real) --> getNNNNdouble
       bool[2,2] --> logical --> getNNint        string[2,2,2] --> character(len=zc_strlen) --> getNNNstr
     )")) {
@@ -88,16 +87,13 @@ TEST_F(SheepFn, Declarations) {
   for (const auto& [visitor, type, for_out, for_other] : table<4>(R"(
       impl_param --> real[0] --> real(zc_real), pointer :: zc_O1(:) --> real(zc_real), intent(in) :: x(:)
       impl_param --> real[2] --> real(zc_real), intent(out) :: zc_O1(2) --> real(zc_real), intent(in) :: x(2)
-      impl_param --> int --> integer(zc_int), intent(out) :: zc_O1 --> integer(zc_int), intent(in) :: x
       impl_var --> real[0,2] --> real(zc_real), pointer :: zc_O1(2,:) --> real(zc_real), pointer :: x(2,:)
       impl_var --> bool[2] --> logical zc_O1(2) --> logical x(2)                    impl_var --> none --> -->
       if_param --> real[2] --> real(zc_real), pointer :: zc_O1(:) --> real(zc_real), pointer :: x(:)
-      if_param --> real --> real(zc_real) zc_O1 --> real(zc_real) x
       if_param --> string --> character(len=zc_strlen) zc_O1 --> character(len=zc_strlen) x | integer(zc_int) x___i
       if_var --> real[2,3] --> real(zc_real), pointer :: zc_O1(:,:) --> real(zc_real), pointer :: x(:,:)
       if_var --> string --> character(len=zc_strlen) zc_O1 --> character(len=zc_strlen) x
       cb_var --> real[2] --> real(zc_real), pointer :: zc_O1(:) --> real(zc_real), pointer :: x(:)
-      cb_var --> int --> integer(zc_int) zc_O1 --> integer(zc_int) x
       cb_param --> real[2,3] --> real(zc_real), intent(out) :: zc_O1(3,2) --> \
           real(zc_real), target, intent(in) :: x(3,2) | real(zc_real), pointer :: zc_ptr_x(:,:)
       cb_param --> real --> real(zc_real), intent(out) :: zc_O1 --> real(zc_real), intent(in) :: x
@@ -120,8 +116,6 @@ TEST_F(SheepFn, ModuleVariables) {
   EXPECT_EQ("integer(zc_int), pointer :: zc_T2(:)", declared(mTempSymbol(type_of_text("int[0]"), NoPosition, 2)));
   for (const auto& [type, nest, text] : table<3>(R"(
       real[2] --> x[#1] --> real(zc_real) x_L1_R(2)             real_s[-1] --> x[i] --> real(zc_real), pointer :: x(:)
-      real_s[-1,3] --> x[i][j,#2] --> real(zc_real), pointer :: x_Lj_C2_R(:,:)
-      real_s[-1] --> x[i][j][k] --> real(zc_real), pointer :: x_Lj_R_Lk_R(:)
       real_s[-1] --> x[i][j][k][#4] --> real(zc_real), pointer :: x_Lj_R_Lk_R_L4_R(:)
       real_s[-1] --> x[i][j][k][i][j] --> real(zc_real), pointer :: x_Li_R_Lj_R_Lk_R_Li_R_Lj_R(:)
     )"))
@@ -135,10 +129,8 @@ TEST_F(SheepFn, PatternsOfTheTemplate) {
       complex --> x_/;NumberQ[x]   string[2] --> x_List/;VectorQ[x,StringQ]
       real[2] --> x_List/;VectorQ[x,NumberQ]                    bool[2] --> x_List/;VectorQ[x,NumberQ]
       complex[2,2] --> x_List/;MatrixQ[x,NumberQ]               int[2,2] --> x_List/;MatrixQ[x,NumberQ]
-      real[2,2,2] --> x_/;VectorQ[Flatten[x],NumberQ]&&(Length[Dimensions[x]]==3)
       complex[2,2,2,2] --> x_/;VectorQ[Flatten[x],NumberQ]&&(Length[Dimensions[x]]==4)
       int[2,2,2] --> x_/;VectorQ[Flatten[x],Function[Head[#1]==Integer]]&&(Length[Dimensions[x]]==3)
-      bool[2,2,2,2] --> x_/;VectorQ[Flatten[x],Function[Head[#1]==Integer]]&&(Length[Dimensions[x]]==4)
     )"))
     EXPECT_TRUE(contains(tm.added([&] { Foutput_tm(f, params(type, "real")); }),
                          "F_g[ " + pattern + ",n_Integer]\n:Arguments:    {x, n}\n"));

@@ -39,7 +39,6 @@ TEST_F(SheepStmt, Assignments) {
       XSet[XList[x,y],vec[i]] --> call vec (i, x, y)            XSet[XList[x,y],XList[y,XPlus[x,1]]] --> x = y | y = x+1
       XSet[XList[XList[x,y],i],XList[two[],1]] --> call two (x, y) | i = 1
       XSet[XList[x,y],List[1,2]] --> x = 1 | y = 2
-      XSet[x,XIf[p,1,XPlus[x,1]]] --> if (p) then | x = 1 | else | x = x+1 | end if
       XSet[x,XIf[p,XIf[q,1,2],3]] --> if (p) then | if (q) then | x = 1 | else | x = 2 | end if | else | x = 3 | end if
       XSet[XPart[c,i,j],x] --> c(j, i) = x                      XSet[XPart[c,i],XPlus[a,1]] --> c(:,i) = a+1
       XSet[XPart[c,XBlank,i],0] --> c(i, :) = 0                 XSet[XPart[a,XAlternatives[1,2]],b] --> a(1:2) = b
@@ -125,19 +124,13 @@ TEST_F(SheepStmt, LongAndDeepBodies) {
     nest = mXIf(typed_tree("p"), nest, mEmpty());
     value = mXIf(typed_tree("p"), value, typed_tree("y"));
   }
-  nest = mXCompoundExpression(nullptr,
-                              mExpression1(nest, mExpression1(mXSet(nullptr, typed_tree("x"), value), mExpression0())));
+  nest = compound({nest, set(typed_tree("x"), value)});
   foutput_file = nullptr;  // margins as deep as the nesting
   FunparseStmt(nest);
   foutput_file = f90.f;
-  tAsynt list = mExpression0();
-  tAsynt chain = mEmpty();
-  const tAsynt condition = typed_tree("p");
-  for (int n = 0; n < 200000; n++) {
-    list = mExpression1(mXBreak(), list);
-    chain = mXIf(condition, mEmpty(), chain);
-  }
-  EXPECT_EQ(200000 * 5U, f90.added([&] { FunparseStmt(mXCompoundExpression(nullptr, list)); }).size());
+  const tAsynt condition = typed_tree("p"), many = compound(std::vector<tAsynt>(200000, mXBreak()));
+  const tAsynt chain = nested(200000, mEmpty(), [&](tAsynt core) { return mXIf(condition, mEmpty(), core); });
+  EXPECT_EQ(200000 * 5U, f90.added([&] { FunparseStmt(many); }).size());
   EXPECT_EQ("\nend if\n", [&] {
     const std::string text = f90.added([&] { FunparseStmt(chain); });
     return text.substr(text.size() - 8);

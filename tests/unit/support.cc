@@ -264,17 +264,13 @@ std::string code_text(tAsynt t) {
 
 // ---- trees from text
 
-tAsynt list(const std::vector<tAsynt>& items) {
-  tAsynt result = mExpression0();
-  for (size_t i = items.size(); i-- > 0;) result = mExpression1(items[i], result);
-  return result;
+static tAsynt chained(const std::vector<tAsynt>& items, tAsynt chain, tAsynt (*cell)(tAsynt, tAsynt)) {
+  for (size_t i = items.size(); i-- > 0;) chain = cell(items[i], chain);
+  return chain;
 }
 
-tAsynt symbols(const std::vector<tAsynt>& items) {
-  tAsynt result = mSymbol0();
-  for (size_t i = items.size(); i-- > 0;) result = mSymbol1(items[i], result);
-  return result;
-}
+tAsynt list(const std::vector<tAsynt>& items) { return chained(items, mExpression0(), mExpression1); }
+tAsynt symbols(const std::vector<tAsynt>& items) { return chained(items, mSymbol0(), mSymbol1); }
 
 tAsynt compound(const std::vector<tAsynt>& items) { return mXCompoundExpression(no_place(), list(items)); }
 
@@ -334,12 +330,7 @@ tAsynt read_basic_type(const std::string& text) {
 
 tAsynt read_type() {
   std::string text = read_while(in_name);
-  if (text == "multi" && eat('(')) {
-    const std::vector<tAsynt> all = read_items(')', read_type);
-    tAsynt types = mType0();
-    for (size_t i = all.size(); i-- > 0;) types = mType1(all[i], types);
-    return mMultiType(types);
-  }
+  if (text == "multi" && eat('(')) return mMultiType(chained(read_items(')', read_type), mType0(), mType1));
   if (!eat('[')) return read_basic_type(text);
   const bool member = text.ends_with("_s");
   const tAsynt base = read_basic_type(text.substr(0, text.size() - (member ? 2 : 0)));
@@ -367,15 +358,12 @@ tAsynt read_symbol(const std::string& text) {
 
 tAsynt read_expression();
 
+std::vector<tAsynt> read_in_braces() { return eat('{') ? read_items('}', read_expression) : std::vector<tAsynt>{}; }
+
 tAsynt read_field(Asynt_tKind kind) {
   switch (kind) {
-    case kIterators: {
-      tAsynt ranges = mIterator0();
-      const std::vector<tAsynt> all = eat('{') ? read_items('}', read_expression) : std::vector<tAsynt>{};
-      for (size_t i = all.size(); i-- > 0;) ranges = mIterator1(all[i], ranges);
-      return ranges;
-    }
-    case kSymbols: return symbols(eat('{') ? read_items('}', read_expression) : std::vector<tAsynt>{});
+    case kIterators: return chained(read_in_braces(), mIterator0(), mIterator1);
+    case kSymbols: return symbols(read_in_braces());
     case kType: return *in == ']' ? mNoType() : read_type();
     case kFilename: return mFilename("file");
     default: return read_expression();

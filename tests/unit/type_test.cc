@@ -76,15 +76,11 @@ TEST_F(Type, LeavesAndStatements) {
           XCompoundExpression[] --> none --> E NOTYPE "Expression0", expression *
           XBlank --> none --> E Blank (_) can be used in Part [[]] only
           XAlternatives[1,2] --> none --> E7,3 Alternatives (|) can be used in Part [[]] only
-          XAll --> none --> E NOTYPE "XAll", expression All*
           XWhile[b,i] --> none --> E NOTYPE "XWhile", expression  XWhile[args...] *
-          XGenCodeString[s] --> none --> E NOTYPE "XGenCodeString", expression XGenCodeString[s]*
-          XStringReverse[s] --> none --> E NOTYPE "XStringReverse", expression sXStringReverse*
           XIf[i,1,2] --> int --> E Non-bool conditional in If.    XIf[b_s,1,2] --> int --> E Non-bool conditional in If.
           XWhich[i,1,b_s,2] --> int --> \
               E Boolean type expected as argument to Which in i | E Boolean type expected as argument to Which in b_s
           XWhich[] --> null --> F Tried to type empty expression list.
-          XPlus[] --> null --> F7,3 Tried to type empty expression list.
         )");
   tAsynt file = mFilename("f"), odd = typed_tree("XWhich[b,1,b]");
   EXPECT_EQ(string_type_node, Find_type(&file));
@@ -101,7 +97,6 @@ TEST_F(Type, Functions) {
       R"(
           XAbs[b] --> null --> F BOOL          XTranspose[rv] --> null --> F Array of wrong dimension to Transpose.
           XTranspose[r] --> null --> F Non-array argument to Transpose.
-          XSort[r] --> real --> E Non-array passed to Sort[].
           XStandardDeviation[sv] --> real --> \
               E Invalid type passed to StandardDeviation[]. Must be array of Integer, Real or Complex
           XTotal[r] --> none --> E Non-array passed to Total[].   XMod[i,b] --> null --> F Illegal use of bool.
@@ -109,7 +104,6 @@ TEST_F(Type, Functions) {
               E Complex[] requires two Integer or Real arguments. First argument has a different type. | E Complex[] \
               requires two Integer or Real arguments. Second argument has a different type.
           XExtract[rm,rv] --> null --> F Second argument to Extract must be vector of integers.
-          XExtract[r,iv] --> null --> F Non-array first argument to Extract (or the only argument to  Max or Min).
           OuterProduct[i,rv] --> real[1,1] --> \
               E OuterProduct requres both arguments be one-dimensional arrays, OuterProduct[i,rv]\s
         )");
@@ -141,14 +135,10 @@ TEST_F(Type, Operators) {
       "XInequality[b]=bool XInequality[iv,XLess,i,XEqual,iv]=bool[3] XMax[rv]=real XMin[i,r]=real",
       R"(
           XMinus[b] --> null --> F BOOL                           XNot[i] --> int --> E BASE
-          XStringLength[i] --> int --> E BASE                     XPower[i,b] --> null --> F7,3 Illegal use of bool.
           XPrepend[rm,r] --> real[2,3] --> E7,3 Ranks of Append/Prepend arguments are invalid.
           XOr[b,i] --> int --> E BASE                             XLess[b,b] --> null --> F BOOL
           XLess[i,iv] --> none --> E NOTYPE "XLess", expression i<iv*
           XDot[rv] --> none --> E NOTYPE "XDot", expression rv*   XDot[rm,rv,rv] --> null --> F7,3 Bad argument to XDot.
-          XStringJoin[i,i] --> string --> E BASE
-          XStringDrop[s,1] --> none --> E NOTYPE "XStringDrop", expression sXStringDrop1*
-          XInequality[i,XEqual,b] --> null --> F Illegal use of bool.
           XInequality[i,XLess] --> null --> F bad ineq in type checker.
           XMin[i_s,z] --> complex --> E Non-numeric value in Max or Min with 2 arguments.
           XMax[i] --> null --> F Non-array first argument to Extract (or the only argument to  Max or Min).
@@ -167,9 +157,7 @@ TEST_F(Type, ArrayFunctions) {
       "XFlatten[rt,99999999999999999999]=real[0]",
       R"(
           XDimensions[3] --> int[0] --> W7,3 Non-array is passed as argument to Dimensions[]
-          XDimensions[] --> none --> E NOTYPE "XDimensions", expression  XDimensions[  ] *
           XRows[] --> none --> E NOTYPE "XRows", expression *
-          XSetCol[rm,1] --> none --> E NOTYPE "XSetCol", expression rmXSetCol1*
           XCol[rm] --> none --> E NOTYPE "XCol", expression rm*
           XCol[rv,1] --> null --> F7,3 Two-dimensional argument to Column operator expected.
           XCol[rt,1] --> null --> F7,3 Non-array or wrong rank of array in Column operator.
@@ -187,11 +175,9 @@ TEST_F(Type, ArrayFunctions) {
           XJoin[bv,bv] --> bool[2] --> E Join[]  argument type must be array of Integer or Real or Complex
           XJoin[i,1] --> int --> E Join[] first argument type must be array, not scalar | E Join[]  argument type \
               must be array of Integer or Real or Complex
-          XStringTake[i,XList[1,s]] --> string --> E BASE | E BASE
           XQuantile[r,0.5] --> real --> E7,3 Invalid 1st argument passed to Quantile[]. Must be array. Got  Real .
           XQuantile[rv,0.5,rv] --> real --> \
               E7,3 Invalid 3rd argument passed to Quantile[]. Must be exactly {{a,b},{c,d}}. Got  Array [4] of  Real .
-          XQuantile[rv] --> none --> E NOTYPE "XQuantile", expression rv*
           XFlatten[rt,#1] --> real[2,3,4] --> \
               W7,3 Not a integer constant passed as 2nd argument to Flatten[] (1), cannot derive correct type.
           XFlatten[rt,1,2] --> real[2,3,4] --> W7,3 More than two arguments to Flatten[], cannot derive correct type.
@@ -250,7 +236,6 @@ TEST_F(Type, Files) {
           XSet[iv,XImport["a",s]] --> int[3] --> \
               E NOTYPE "XImport", expression "a"XImports* | E7,3 TYPES iv: Array [3] of  Integer  = "a"XImports: \
               undefined type\s
-          XImport["a.csv"] --> none --> E NOTYPE "XImport", expression "a.csv"*
           XExport["a",rv] --> string --> \
               E7,3 First argument to Export[file,arg] is " a ", has no suffix. You have to specify a format for Export
           XExport["a.Xls",rt] --> string --> \
@@ -263,7 +248,6 @@ TEST_F(Type, Files) {
           XExport[s,rv,"XLS"] --> string --> E7,3 The format xls  in Export[] is not supported in this version
           XExport[s,rt,s] --> string --> E7,3 Second argument to Export[file,arg,format] must be 1D or 2D array
           XExport[s,rv,i] --> none --> E NOTYPE "XExport", expression sXExportrvXExporti*
-          XExport[s] --> none --> E NOTYPE "XExport", expression s*
         )");
 }
 
@@ -271,7 +255,6 @@ TEST_F(Type, Applications) {
   expect_types("C`f[b]=real C`g[1]=none C`f[1][2][3][4]=real %Derivative[1][r]=predef", R"(
       r[1] --> real --> E4,2 LOCAL basic type : r               rv[1] --> real[4] --> E4,2 LOCAL array type : rv
       P$`pv[1] --> real[2] --> E4,2 Single brackets can not be used after local argument name : P$`pv
-      rv[1][2] --> real[4] --> E4,2 LOCAL array type : rv
     )");
   tAsynt t = typed_tree("C`f[1][2][3][4][5]");
   const std::string deep = message_of([&] { Find_type(&t); });
@@ -327,7 +310,6 @@ TEST_F(Type, PromotionOfTwoTypes) {
       bool --> bool --> 0 --> null --> F7,3 Illegal use of bool.                    bool --> bool --> 1 --> bool -->
       bool --> int --> 1 --> int -->         int --> bool --> 0 --> null --> F7,3 Illegal use of bool.
       int --> bool --> 1 --> null --> FAILED IntType, BoolType
-      bool --> real --> 1 --> null --> FAILED BoolType, RealType
       bool[2] --> int --> 0 --> null --> F7,3 Illegal use of bool.   int --> bool[2] --> 0 --> null --> \
           F7,3 Illegal use of bool.
       bool[2] --> bool --> 1 --> bool[2] -->                    bool --> bool[2] --> 1 --> bool[2] -->
@@ -344,7 +326,6 @@ TEST_F(Type, PromotionOfTwoTypes) {
       string --> string --> 0 --> string -->        string --> int --> 0 --> null --> FAILED StringType, IntType
       int --> int --> 0 --> int -->                 int --> real_s --> 0 --> real -->
       int --> complex --> 0 --> complex -->         real --> int --> 0 --> real -->
-      real --> complex --> 0 --> complex -->        complex --> int --> 0 --> complex -->
       complex --> complex --> 0 --> complex -->     none --> real --> 0 --> null --> UNTYPED NoType.
       real --> none --> 0 --> null --> UNTYPED RealType.
       real[2] --> multi(real) --> 0 --> null --> FAILED ArrayType, MultiType
@@ -437,7 +418,6 @@ TEST_F(Type, ConversionNodes) {
       // From the right: real and int are real, complex and that complex; what was converted goes on to the last type.
       XPlus[z,i,r] --> complex --> \
           XPlus[z:Complex,GeneralConversion[i:Int,Int,Complex],GeneralConversion[r:Real,Real,Complex]]
-      XPlus[i,i,i] --> int --> XPlus[i:Int,i:Int,i:Int]
       // A conversion that is there gets the common type, but for the first operand.
       XPlus[r,GeneralConversion[b,bool,int],r] --> real --> \
           XPlus[r:Real,GeneralConversion[GeneralConversion[b:Bool,Bool,Int],Int,Real],r:Real]

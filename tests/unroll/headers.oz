@@ -1,9 +1,10 @@
 model Heads;
 
 (* What a header says is said in the object around. *)
-class D(k) hide: x := k; q := 3; end D;
+class D(k) hide: x := k; end D;
+class F(k) hide: x := k; q := 3; end F;
 class C(k, d)
-  part p inherits D(k), D(d`x), D(this`x), D(this), D(h[k]), D(q);
+  part p inherits D(k), D(d`x), D(this`x), D(this), D(h[k]), F(q);
   part r[i] inherits D(k + i);
   hide: y := r[k]`x + b[k]`x + d`p`x; h; x;
 end C;

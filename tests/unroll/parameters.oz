@@ -28,7 +28,7 @@ instance i inherits C(m, host) hide: m := 2; end;
 class Swap(a, b) hide: s := a - b; t[b] := a; end Swap;
 instance j inherits Swap(2*b, a) end;
 
-instance few inherits C(1) end;
+instance few inherits Swap(1) end;
 instance many inherits Swap(1, 2, 3) end;
 instance less inherits Inner end;
 
