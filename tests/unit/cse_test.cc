@@ -61,11 +61,13 @@ TEST_F(Cse, OperandsFromTheLastToTheFirst) {
       x --> x   17 --> 17   "s" --> "s"   XPi --> XPi   Iterator[i,1,n] --> Iterator[i,1,n]
       f[XSin[x],XCos[x]] --> T1:real=XCos[x]; T2:real=XSin[x]; T3:real=f[T2,T1]; T3
       XPlus[XSin[x],XCos[x],XTan[x]] --> T1:real=XTan[x]; T2:real=XCos[x]; T3:real=XSin[x]; T4:real=XPlus[T3,T2,T1]; T4
+      XSubtract[XSin[x],XCos[x]] --> T1:real=XCos[x]; T2:real=XSin[x]; T3:real=XSubtract[T2,T1]; T3
       ArcTan2[XSin[x],XCos[x]] --> T1:real=XCos[x]; T2:real=XSin[x]; T3:real=ArcTan2[T2,T1]; T3
       XIf[XLess[x,y],XSin[x],XCos[x]] --> \
           T1:real=XCos[x]; T2:real=XSin[x]; T3:bool=XLess[x,y]; T4:real=XIf[T3,T2,T1]; T4
       XInequality[XSin[x],XLess[],y,XLess[],XCos[x]] --> \
           T1:real=XCos[x]; T2:real=XSin[x]; T3:bool=XInequality[T2,XLess[],y,XLess[],T1]; T3
+      XMinus[XSin[XCos[x]]] --> T1:real=XCos[x]; T2:real=XSin[T1]; T3:real=XMinus[T2]; T3
       XList[XSin[x],1.5] --> T1:real=XSin[x]; T2:real[2]=XList[T1,1.5]; T2
       // Only the bounds of a reduction are computed once.
       XSin[IReduce[f,XCos[x],{Iterator[i,XPlus[a,1],XPlus[b,2]],Iterator[n,XPlus[b,3],2]},&]] --> \

@@ -91,6 +91,7 @@ TEST_F(Fun, OneResult) {
       C`a[x_] --> P$`x --> real[3] C`a[P$`x,O1] := XSet[O1,P$`x] | E Incompatible types for class initialisation in \
           return statement; consider using intermediate variables for expansion : | \
           E \s\s Assigned to Output (return) parameter no. 1 at line 0:0  | E \s\s Assigned from  P$`x
+      C`z[x_] --> P$`x --> complex C`z[P$`x,O1] := XSet[O1,P$`x]
     )");
 }
 
@@ -111,6 +112,7 @@ TEST_F(Fun, SeveralResults) {
           empty.
       C`two[x_] --> ExternBody --> multi() C`two[P$`x,O1,O2] := ExternBody[""]
       // A list of one type takes its value from a list, or takes the value itself.
+      C`one[x_] --> XList[P$`x] --> multi() C`one[P$`x,O1] := XCompoundExpression[XSet[O1,P$`x]]
       C`one[x_] --> %List[P$`x] --> multi() C`one[P$`x,O1] := XCompoundExpression[XSet[O1,P$`x]]
       C`one[x_] --> C`g[P$`x] --> multi() C`one[P$`x,O1] := XSet[O1,C`g[P$`x]]
       C`none[x_] --> %Plus[P$`x,1] --> multi() C`none[P$`x] := XPlus[P$`x,1]

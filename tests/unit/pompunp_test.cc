@@ -141,6 +141,7 @@ TEST_F(PompUnp, TwoOperands) {
 TEST_F(PompUnp, SignsBehindAMinus) {
   expect_values(R"(
       XSubtract[x,XMinus[y]] --> x-(-y)     XSubtract[x,-2] --> x-(-2)            XSubtract[x,#-2] --> x-(-2)
+      XSubtract[x,-2.5] --> x-(-2.5)        XSubtract[x,XTimes[2,-3]] --> x-(-6)
       XSubtract[x,XTimes[-2,y]] --> x-(-2*y)                   XSubtract[x,XDivide[XMinus[y],x]] --> x-(-y/x)
       XSubtract[x,XDivide[-4,i]] --> x-double (-4)/i           XSubtract[x,XTimes[XPlus[XMinus[y],x],y]] --> x-(-y+x)*y
       XSubtract[x,GeneralConversion[XMinus[i],int,real]] --> x-(-i)               XSubtract[x,XN[XMinus[y]]] --> x-(-y)
@@ -162,12 +163,14 @@ TEST_F(PompUnp, SeveralOperands) {
       XPlus[x,XTimes[y,XI]] --> x+y*lm_complex(0,1)            XTimes[x,XPlus[y,a],XTimes[b,x]] --> x*(y+a)*(b*x)
       XTimes[x,v] --> x*v                   XTimes[v,x] --> v*x                   XTimes[x,v,w] --> x*v*w
       XTimes[v,w] --> ElemProduct (v, w)    XTimes[v,XPlus[v,w],x,w] --> ElemProduct (v, ElemProduct (v+w, x*w))
+      XTimes[v,XPlus[v,w]] --> ElemProduct (v, (v+w))
       XDot[m,XTranspose[m],XPart[m,1]] --> m*(Transpose(m))*(m(1,All))            XDot[v,w] --> v*w
       Cross[v,w] --> Cross(v, w)            XInequality[a,XLess,XPlus[b,x],XGreaterEqual,y] --> (a < b+x) && (b+x >= y)
       XInequality[a] -->
     )");
   expect_reports(CPunparseVal, R"(
       XOr[] -->  --> Tried to type empty expression list.                           XAnd[] -->  --> Tried to type
+      XEqual[] -->  --> Tried to type        XUnequal[] -->  --> Tried to type      XPlus[] -->  --> Tried to type
       XTimes[] -->  --> Tried to type        XStringJoin[s,s] -->  --> StringJoin not supported
       XStringTake[s,XList[1,2]] -->  --> StringTake not supported
     )");

@@ -78,12 +78,14 @@ TEST_F(Predef, ApplicationsByNumberOfArguments) {
       Pi --> 0 --> XPi   Pi --> 1 --> F7,3 Constant  with argument list, 1 arguments.
       Sin --> 0 --> F7,3 0 arguments to unary function Sin[].                     Sin --> 1 --> XSin[a]
       Mod --> 1 --> F7,3 1 argument(s) to binary function.     Mod --> 2 --> XMod[a,b]
+      Mod --> 3 --> F7,3 3 argument(s) to binary function.     Not --> 0 --> F7,3 0 arguments to unary function Not[].
       Not --> 1 --> XNot[a]               Power --> 1 --> F7,3 1 argument(s) to binary function.
       Power --> 2 --> XPower[a,b]         Derivative --> 2 --> Deriv[a,b]     Plus --> 0 --> XPlus[]
       Plus --> 3 --> XPlus[a,b,c]       Less --> 3 --> XLess[a,b,c]       Unequal --> 2 --> XUnequal[a,b]
       Unequal --> 3 --> F7,3 3 argument(s) to binary function.
       Dimensions --> 0 --> F7,3 0 argument(s) to binary or unary  function.
       Dimensions --> 1 --> XDimensions[a]                  Dimensions --> 2 --> XDimensions[a,b]
+      Dimensions --> 3 --> F7,3 3 argument(s) to binary or unary  function.
       If --> 1 --> F7,3 Wrong no of args to If.                If --> 2 --> XIf[a,b,Empty]
       If --> 3 --> XIf[a,b,c]               If --> 4 --> F7,3 Wrong no of args to If.
       Abs --> 1 --> XAbs[a,NoType]          Abs --> 2 --> F7,3 Wrong no of args to Abs.

@@ -82,11 +82,13 @@ TEST_F(Sheepconv, WhereStatementsGo) {
       NonAlgAuxiliary[<x>] --> (T1<-x;NonAlgAuxiliary[<T1>])
       XInequality[<x>,XLess[],y] --> (T1<-x;XInequality[<T1>,XLess[],y])   XMinus[<x>] --> (T1<-x;XMinus[<T1>])
       XPlus[<x>,<y>] --> (T2<-y;(T1<-x;XPlus[<T1>,<T2>]))
+      XSubtract[<x>,<y>] --> (T2<-y;(T1<-x;XSubtract[<T1>,<T2>]))
       OuterProduct[<x>,<y>] --> (T2<-y;(T1<-x;OuterProduct[<T1>,<T2>]))    f[<x>,<y>] --> (T2<-y;(T1<-x;f[<T1>,<T2>]))
       f[<y>][<x>] --> (T2<-y;(T1<-x;f[<T2>][<T1>]))
       // Behind an assignment, in front of that assignment.
       XCompoundExpression[XSet[x,y],XSin[<x>]] --> ((T1<-x;x=y);XSin[<T1>])
       XCompoundExpression[XSin[x],XSin[<x>]] --> (T1<-x;(XSin[x];XSin[<T1>]))
+      XList[x,#1,1,1.5,"s",XPi,XI,XE,XTrue,XFalse,XList[]] --> XList[x,#1,1,1.5,"s",XPi,XI,XE,XTrue,XFalse,XList[]]
       XSin[XWhich[c,x]] --> F90 unparser: Unknown node type in sheepconv: XWhich
       XSin[BasicConversion[x,real,real]] --> node type in sheepconv: BasicConversion
     )");

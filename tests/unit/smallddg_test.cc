@@ -37,6 +37,7 @@ TEST_F(SmallDdg, Graphs) {
   for (const auto& [list, graph] : table<2>(R"(
       // a reads b, then c; each edge goes to the front. The walk from a meets a, then its children c, b.
       a=b+c --> 3: DDG_TOP < a < c b; a < b < DDG_BOTTOM; a < c < DDG_BOTTOM; T < a; b c < B
+      a=1 --> 1: DDG_TOP < a < DDG_BOTTOM; T < a; a < B
       a=b+b --> 2: DDG_TOP < a < b b; a a < b < DDG_BOTTOM; T < a; b < B
       // Only the chain of c, which is assigned last, is tied.
       a=b; c=d --> 4:  < a < b; a < b < ; DDG_TOP < c < d; c < d < DDG_BOTTOM; T < c; d < B

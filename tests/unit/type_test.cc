@@ -135,10 +135,13 @@ TEST_F(Type, Operators) {
       "XInequality[b]=bool XInequality[iv,XLess,i,XEqual,iv]=bool[3] XMax[rv]=real XMin[i,r]=real",
       R"(
           XMinus[b] --> null --> F BOOL                           XNot[i] --> int --> E BASE
+          XStringLength[i] --> int --> E BASE                     XPower[i,b] --> null --> F7,3 Illegal use of bool.
           XPrepend[rm,r] --> real[2,3] --> E7,3 Ranks of Append/Prepend arguments are invalid.
           XOr[b,i] --> int --> E BASE                             XLess[b,b] --> null --> F BOOL
           XLess[i,iv] --> none --> E NOTYPE "XLess", expression i<iv*
           XDot[rv] --> none --> E NOTYPE "XDot", expression rv*   XDot[rm,rv,rv] --> null --> F7,3 Bad argument to XDot.
+          XStringJoin[i,i] --> string --> E BASE
+          XInequality[i,XEqual,b] --> null --> F Illegal use of bool.
           XInequality[i,XLess] --> null --> F bad ineq in type checker.
           XMin[i_s,z] --> complex --> E Non-numeric value in Max or Min with 2 arguments.
           XMax[i] --> null --> F Non-array first argument to Extract (or the only argument to  Max or Min).
@@ -157,7 +160,9 @@ TEST_F(Type, ArrayFunctions) {
       "XFlatten[rt,99999999999999999999]=real[0]",
       R"(
           XDimensions[3] --> int[0] --> W7,3 Non-array is passed as argument to Dimensions[]
+          XDimensions[] --> none --> E NOTYPE "XDimensions", expression  XDimensions[  ] *
           XRows[] --> none --> E NOTYPE "XRows", expression *
+          XSetCol[rm,1] --> none --> E NOTYPE "XSetCol", expression rmXSetCol1*
           XCol[rm] --> none --> E NOTYPE "XCol", expression rm*
           XCol[rv,1] --> null --> F7,3 Two-dimensional argument to Column operator expected.
           XCol[rt,1] --> null --> F7,3 Non-array or wrong rank of array in Column operator.
@@ -175,9 +180,11 @@ TEST_F(Type, ArrayFunctions) {
           XJoin[bv,bv] --> bool[2] --> E Join[]  argument type must be array of Integer or Real or Complex
           XJoin[i,1] --> int --> E Join[] first argument type must be array, not scalar | E Join[]  argument type \
               must be array of Integer or Real or Complex
+          XStringTake[i,XList[1,s]] --> string --> E BASE | E BASE
           XQuantile[r,0.5] --> real --> E7,3 Invalid 1st argument passed to Quantile[]. Must be array. Got  Real .
           XQuantile[rv,0.5,rv] --> real --> \
               E7,3 Invalid 3rd argument passed to Quantile[]. Must be exactly {{a,b},{c,d}}. Got  Array [4] of  Real .
+          XQuantile[rv] --> none --> E NOTYPE "XQuantile", expression rv*
           XFlatten[rt,#1] --> real[2,3,4] --> \
               W7,3 Not a integer constant passed as 2nd argument to Flatten[] (1), cannot derive correct type.
           XFlatten[rt,1,2] --> real[2,3,4] --> W7,3 More than two arguments to Flatten[], cannot derive correct type.
@@ -236,6 +243,7 @@ TEST_F(Type, Files) {
           XSet[iv,XImport["a",s]] --> int[3] --> \
               E NOTYPE "XImport", expression "a"XImports* | E7,3 TYPES iv: Array [3] of  Integer  = "a"XImports: \
               undefined type\s
+          XImport["a.csv"] --> none --> E NOTYPE "XImport", expression "a.csv"*
           XExport["a",rv] --> string --> \
               E7,3 First argument to Export[file,arg] is " a ", has no suffix. You have to specify a format for Export
           XExport["a.Xls",rt] --> string --> \
@@ -248,6 +256,7 @@ TEST_F(Type, Files) {
           XExport[s,rv,"XLS"] --> string --> E7,3 The format xls  in Export[] is not supported in this version
           XExport[s,rt,s] --> string --> E7,3 Second argument to Export[file,arg,format] must be 1D or 2D array
           XExport[s,rv,i] --> none --> E NOTYPE "XExport", expression sXExportrvXExporti*
+          XExport[s] --> none --> E NOTYPE "XExport", expression s*
         )");
 }
 
@@ -255,6 +264,7 @@ TEST_F(Type, Applications) {
   expect_types("C`f[b]=real C`g[1]=none C`f[1][2][3][4]=real %Derivative[1][r]=predef", R"(
       r[1] --> real --> E4,2 LOCAL basic type : r               rv[1] --> real[4] --> E4,2 LOCAL array type : rv
       P$`pv[1] --> real[2] --> E4,2 Single brackets can not be used after local argument name : P$`pv
+      rv[1][2] --> real[4] --> E4,2 LOCAL array type : rv
     )");
   tAsynt t = typed_tree("C`f[1][2][3][4][5]");
   const std::string deep = message_of([&] { Find_type(&t); });
@@ -326,6 +336,7 @@ TEST_F(Type, PromotionOfTwoTypes) {
       string --> string --> 0 --> string -->        string --> int --> 0 --> null --> FAILED StringType, IntType
       int --> int --> 0 --> int -->                 int --> real_s --> 0 --> real -->
       int --> complex --> 0 --> complex -->         real --> int --> 0 --> real -->
+      real --> complex --> 0 --> complex -->        complex --> int --> 0 --> complex -->
       complex --> complex --> 0 --> complex -->     none --> real --> 0 --> null --> UNTYPED NoType.
       real --> none --> 0 --> null --> UNTYPED RealType.
       real[2] --> multi(real) --> 0 --> null --> FAILED ArrayType, MultiType
