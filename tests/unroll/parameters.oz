@@ -31,5 +31,7 @@ instance j inherits Swap(2*b, a) end;
 instance few inherits Swap(1) end;
 instance many inherits Swap(1, 2, 3) end;
 instance less inherits Inner end;
+class Own(o) inherits Inner(this) end Own;
+instance own inherits Own end;
 
 instance sized inherits Sized(3) end;
