@@ -132,6 +132,14 @@ TEST(Table, SplitsAtThe513thKeyAndShrinks) {
   EXPECT_EQ(127u, t->p);
   EXPECT_EQ(127u, t->maxp_minus_1);
   EXPECT_EQ(510, t->slack);
+  // Down to the one bucket that never goes, and up again.
+  for (int i = 0; i < 300; i++) {
+    add_to_hashtable(t, "a", node(1), 1);
+    EXPECT_EQ(0, remove_from_hashtable(t, "a"));
+  }
+  EXPECT_EQ(0u, t->p + t->maxp_minus_1);
+  for (int i = 0; i < 1000; i++) add_to_hashtable(t, std::to_string(i).c_str(), node(1), 1);
+  for (int i = 0; i < 1000; i++) EXPECT_NE(nullptr, find_in_hashtable(t, std::to_string(i).c_str()));
   delete_hashtable(t);
 }
 
