@@ -7,6 +7,7 @@
 #include <functional>
 
 #include "ffparse.h"
+#include "veritrans.h"
 
 namespace oz {
 
@@ -445,6 +446,7 @@ Trees::Trees() {
   init_operator_name();
   Begintype();
   Set_declaration_finder(nullptr);
+  allow_untyped = 0;  // a fatal message can have ended a command that set it
 }
 
 }  // namespace oz
