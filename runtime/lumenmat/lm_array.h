@@ -334,7 +334,7 @@ class Array : public Dense<Array<T, N>, T, N> {
   Array() : shape_{} {}
   // With sizes, filled with zeros.
   template <class... I, std::enable_if_t<sizeof...(I) == N && (std::is_arithmetic_v<I> && ...), int> = 0>
-  explicit Array(I... sizes) : shape_{{static_cast<Index>(sizes)...}}, data_(zeros(shape_)) {}
+  LM_INLINE explicit Array(I... sizes) : shape_{{static_cast<Index>(sizes)...}}, data_(zeros(shape_)) {}
   explicit Array(const Shape<N>& s) : shape_(s), data_(zeros(s)) {}
 
   Array(const Array& a) : shape_(a.shape_), data_(uninitialised(shape_)) { fill_from(a); }
@@ -402,11 +402,13 @@ class Array : public Dense<Array<T, N>, T, N> {
 
   template <class... I, std::enable_if_t<sizeof...(I) == N && (std::is_arithmetic_v<I> && ...), int> = 0>
   LM_INLINE T& operator()(I... i) {
-    return data_[element_place(i...)];
+    T* const elements = data_.get();
+    return elements[element_place(i...)];
   }
   template <class... I, std::enable_if_t<sizeof...(I) == N && (std::is_arithmetic_v<I> && ...), int> = 0>
   LM_INLINE const T& operator()(I... i) const {
-    return data_[element_place(i...)];
+    const T* const elements = data_.get();
+    return elements[element_place(i...)];
   }
 
   // A section shares the elements of an array that lives on; of a passing value it is a copy.
@@ -495,27 +497,33 @@ class Array : public Dense<Array<T, N>, T, N> {
   Shape<N> shape_;
   Storage data_;
 
-  static Index checked_total(const Shape<N>& s) {
-    Index n = 1;
-    for (int k = 0; k < N; k++) {
-      if (LM_UNLIKELY(s.d[k] < 0)) fail("an array cannot have the shape " + shape_text(s));
-      if (LM_UNLIKELY(s.d[k] > 0 && n > PTRDIFF_MAX / static_cast<Index>(sizeof(T)) / s.d[k]))
-        fail("an array of the shape " + shape_text(s) + " is too large");
-      n *= s.d[k];
-    }
-    return n;
+  // Sizes are handed on by value, and all but what fails is put in line: a local array, which nothing gets hold of
+  // then, can have its sizes in registers.
+  [[noreturn]] LM_COLD static void fail_sizes(Shape<N> s) {
+    for (int k = 0; k < N; k++)
+      if (s.d[k] < 0) fail("an array cannot have the shape " + shape_text(s));
+    fail("an array of the shape " + shape_text(s) + " is too large");
   }
-  static Storage checked_storage(const Shape<N>& s, Index n, void* p) {
-    if (LM_UNLIKELY(!p && n > 0)) fail("no memory for an array of the shape " + shape_text(s));
+  [[noreturn]] LM_COLD static void fail_memory(Shape<N> s) {
+    fail("no memory for an array of the shape " + shape_text(s));
+  }
+  LM_INLINE static std::size_t checked_bytes(Shape<N> s) {
+    Index n = sizeof(T);
+    for (int k = 0; k < N; k++)
+      if (LM_UNLIKELY(s.d[k] < 0 || product_overflows(n, s.d[k], &n))) fail_sizes(s);
+    return static_cast<std::size_t>(n);
+  }
+  LM_INLINE static Storage checked_storage(Shape<N> s, std::size_t bytes, void* p) {
+    if (LM_UNLIKELY(!p && bytes > 0)) fail_memory(s);
     return Storage(static_cast<T*>(p));
   }
-  static Storage zeros(const Shape<N>& s) {
-    const Index n = checked_total(s);
-    return checked_storage(s, n, std::calloc(static_cast<std::size_t>(n), sizeof(T)));
+  LM_INLINE static Storage zeros(Shape<N> s) {
+    const std::size_t bytes = checked_bytes(s);
+    return checked_storage(s, bytes, std::calloc(bytes, 1));
   }
-  static Storage uninitialised(const Shape<N>& s) {
-    const Index n = checked_total(s);
-    return checked_storage(s, n, std::malloc(static_cast<std::size_t>(n) * sizeof(T)));
+  static Storage uninitialised(Shape<N> s) {
+    const std::size_t bytes = checked_bytes(s);
+    return checked_storage(s, bytes, std::malloc(bytes));
   }
 
   template <class E>
@@ -541,22 +549,27 @@ class Array : public Dense<Array<T, N>, T, N> {
   }
   Array(const Shape<N>& s, std::nullptr_t) : shape_(s), data_(uninitialised(s)) {}
 
+  // The sizes are read ahead of the first check: what is read behind a way out of a loop is read in the loop.
   template <class... I>
   LM_INLINE Index element_place(I... i) const {
     static_assert(sizeof...(I) == N);
     const Index x[N] = {static_cast<Index>(i)...};
-    if constexpr (N == 1)
-      return checked_offset(x[0], shape_.d, N, 0);
-    else if constexpr (N == 2)
-      return checked_offset(x[0], shape_.d, N, 0) + shape_.d[0] * checked_offset(x[1], shape_.d, N, 1);
-    else if constexpr (N == 3)
-      return checked_offset(x[0], shape_.d, N, 0) +
-             shape_.d[0] * (checked_offset(x[1], shape_.d, N, 1) + shape_.d[1] * checked_offset(x[2], shape_.d, N, 2));
-    else
-      return checked_offset(x[0], shape_.d, N, 0) +
-             shape_.d[0] * (checked_offset(x[1], shape_.d, N, 1) +
-                            shape_.d[1] * (checked_offset(x[2], shape_.d, N, 2) +
-                                           shape_.d[2] * checked_offset(x[3], shape_.d, N, 3)));
+    const Index n0 = shape_.d[0];
+    if constexpr (N == 1) {
+      return element_offset(x[0], n0, shape_, 0);
+    } else if constexpr (N == 2) {
+      const Index n1 = shape_.d[1];
+      return element_offset(x[0], n0, shape_, 0) + n0 * element_offset(x[1], n1, shape_, 1);
+    } else if constexpr (N == 3) {
+      const Index n1 = shape_.d[1], n2 = shape_.d[2];
+      return element_offset(x[0], n0, shape_, 0) +
+             n0 * (element_offset(x[1], n1, shape_, 1) + n1 * element_offset(x[2], n2, shape_, 2));
+    } else {
+      const Index n1 = shape_.d[1], n2 = shape_.d[2], n3 = shape_.d[3];
+      return element_offset(x[0], n0, shape_, 0) +
+             n0 * (element_offset(x[1], n1, shape_, 1) +
+                   n1 * (element_offset(x[2], n2, shape_, 2) + n2 * element_offset(x[3], n3, shape_, 3)));
+    }
   }
 
   // From 0, for a subscript beside ranges; it is checked like these.
