@@ -86,7 +86,8 @@ using lumen::XStringReverse;
 using std::abs;
 using std::cout;
 
-// A call of the name is not only a constructor: lm_complex(a, b) of arrays is an array.
+// Of arrays, lm_complex(a, b) is an array, which no constructor can give. Since a parenthesis behind the name makes it
+// a call, a type of functions with complex values is written auto(double) -> lm_complex.
 #define lm_complex(...) make_lm_complex(__VA_ARGS__)
 
 #endif
