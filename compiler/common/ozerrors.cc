@@ -28,6 +28,7 @@ constexpr size_t kPiece = 250;
 std::string title;
 bool new_title = false;
 size_t indent = 0;
+constinit thread_local bool fatals_throw = false;
 
 // Appends the formatted text, at most bound - 1 characters of it.
 void append_formatted(std::string* text, size_t bound, const char* fstr, va_list ap) {
@@ -88,6 +89,7 @@ void verror(int error_class, tPosition pos, const char* fstr, va_list ap) {
 
 // A fatal message with an empty text writes no line, but still ends the run.
 [[noreturn]] void vdie(tPosition pos, const char* fstr, va_list ap) {
+  if (fatals_throw) throw FatalAhead{};
   verror(xxFatal, pos, fstr, ap);
   Errors_Exit();
   Exit(1);
@@ -126,5 +128,8 @@ void internal_error(const char* file, int line) {
   const char* slash = std::strrchr(file, '/');
   die_msg("Internal compiler error: %s %d", slash ? slash + 1 : file, line);
 }
+
+FatalsThrow::FatalsThrow() { fatals_throw = true; }
+FatalsThrow::~FatalsThrow() { fatals_throw = false; }
 
 }  // namespace oz

@@ -31,4 +31,15 @@ void title_msg(const char* fstr, ...) __attribute__((format(printf, 1, 2)));
 // Fatal: "Internal compiler error: file line". Only the last part of the file's path is shown.
 [[noreturn]] void internal_error(const char* file, int line);
 
+// Work that is done ahead of its turn must not end the run: the message would come too early. While one of these lives,
+// a fatal message of its thread is not reported but thrown; the work is done once more when its turn has come.
+struct FatalAhead {};
+class FatalsThrow {
+ public:
+  FatalsThrow();
+  ~FatalsThrow();
+  FatalsThrow(const FatalsThrow&) = delete;
+  FatalsThrow& operator=(const FatalsThrow&) = delete;
+};
+
 }  // namespace oz

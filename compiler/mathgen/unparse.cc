@@ -136,11 +136,13 @@ bool is_zero(tAsynt t) {
   return Asynt_Kind(t) == kExactIntConst && ExactIntConst_Val(t) && std::strcmp(ExactIntConst_Val(t), "0") == 0;
 }
 
-// The items of a list with separators. Hidden items count as absent; a comment ends its own line, so that no separator
-// follows it. In a list "0" stands for an unknown size, which the host writes "_"; the arguments of calls and the
-// operands of operators are not printed by this function and keep their 0.
-void Unparse_exprs(tAsynt t, std::string_view sep) {
-  for (bool due = false; is_cell(t); t = tail(t)) {
+// The items of a list with separators, up to a cell or, without one, to the end. Hidden items count as absent; a
+// comment ends its own line, so that no separator follows it. In a list "0" stands for an unknown size, which the host
+// writes
+// "_"; the arguments of calls and the operands of operators are not printed by this function and keep their 0.
+// `due` tells whether a separator goes before the first item; the result, whether one goes behind the last.
+bool Unparse_items(tAsynt t, tAsynt end, std::string_view sep, bool due) {
+  for (; t != end && is_cell(t); t = tail(t)) {
     tAsynt item = head(t);
     if (is_hidden(item)) continue;
     if (due) upout(sep);
@@ -150,12 +152,17 @@ void Unparse_exprs(tAsynt t, std::string_view sep) {
       Unparse(item);
     due = Asynt_Kind(item) != kComment;
   }
-  if (!is_list_end(t)) bad_list(t);
+  if (!end && !is_list_end(t)) bad_list(t);
+  return due;
 }
+
+void Unparse_exprs(tAsynt t, std::string_view sep) { Unparse_items(t, nullptr, sep, false); }
+
+constexpr std::string_view kStatementEnd = ";\n";
 
 void Unparse_indented(tAsynt list) {
   up.indent++;
-  Unparse_exprs(list, ";\n");
+  Unparse_exprs(list, kStatementEnd);
   up.indent--;
 }
 
@@ -453,7 +460,7 @@ void Unparse_context(tAsynt t) {
   upout("End[]");
 }
 
-void Unparse_package(tAsynt t) {
+void Unparse_package_head(tAsynt t) {
   upout("BeginPackage[");
   Unparse_context_name(Package_Name(t));
   if (is_cell(Package_Needs(t))) {
@@ -462,8 +469,29 @@ void Unparse_package(tAsynt t) {
     upout(" } ");
   }
   upout("];\n\n");
+}
+
+constexpr std::string_view kPackageEnd = "\nEndPackage[];\n";
+
+void Unparse_package(tAsynt t) {
+  Unparse_package_head(t);
   Unparse(Package_Body(t));
-  upout("\nEndPackage[];\n");
+  upout(kPackageEnd);
+}
+
+// Statements that were printed ahead have their place in the body.
+void Unparse_package_around(tAsynt t, const KeptText& ahead, tAsynt at) {
+  Unparse_package_head(t);
+  up.indent++;
+  bool due = Unparse_items(Package_Body(t), at, kStatementEnd, false);
+  if (!ahead.empty()) {
+    if (due) upout(kStatementEnd);
+    upout_kept(ahead);
+    due = true;
+  }
+  Unparse_items(at, nullptr, kStatementEnd, due);
+  up.indent--;
+  upout(kPackageEnd);
 }
 
 void Unparse_comment(tAsynt t) {
@@ -689,6 +717,28 @@ void unparse_file(FILE* f, tAsynt tree) {
 void unparse_filep(FILE* f, tAsynt tree) {
   upout_begin_file(f, true);
   Unparse(tree);
+  upout_end_file();
+}
+
+bool StatementsAhead::add(tAsynt list) {
+  const KeptText::End end = text_.end();
+  const FatalsThrow fatals;
+  try {
+    if (!text_.empty()) text_.append(kStatementEnd);
+    upout_begin_kept(&text_, 1);
+    Unparse_exprs(list, kStatementEnd);
+    upout_end_kept();
+    return true;
+  } catch (const FatalAhead&) {
+    upout_end_kept();
+    text_.cut(end);
+    return false;
+  }
+}
+
+void unparse_package(FILE* f, tAsynt package, const StatementsAhead& ahead, tAsynt at) {
+  upout_begin_file(f, true);
+  Unparse_package_around(package, ahead.text(), at);
   upout_end_file();
 }
 

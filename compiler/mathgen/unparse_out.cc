@@ -14,23 +14,32 @@ namespace oz {
 
 char* bigbuf = nullptr;
 size_t bigbuf_allocated = 0;
-UpText up;
+constinit thread_local UpText up{};
 
 namespace {
 
 constexpr size_t kFirstSize = 2000;
 constexpr size_t kBlockSize = size_t{64} * 1024;
 
-char block[kBlockSize];
-FILE* upfile = nullptr;  // the stream of the text in the making, null for a string
+constinit thread_local char block[kBlockSize]{};
+constinit thread_local FILE* upfile = nullptr;  // the stream of the text in the making, or null
+constinit thread_local KeptText* upkept =
+    nullptr;  // the kept text in the making, or null; a string if there is neither
 
-void start(FILE* f, char* room, size_t size, bool pretty) {
-  upfile = f;
+void start(char* room, size_t size, bool pretty) {
+  upfile = nullptr;
   up = UpText{room, room + size - 1, nullptr, pretty, pretty, pretty, 0};
 }
 
+void put(const char* s, size_t length) {
+  if (upkept)
+    upkept->append({s, length});
+  else
+    std::fwrite(s, 1, length, upfile);
+}
+
 void flush() {
-  std::fwrite(block, 1, static_cast<size_t>(up.at - block), upfile);
+  put(block, static_cast<size_t>(up.at - block));
   up.at = block;
 }
 
@@ -49,14 +58,11 @@ void grow(size_t length) {
 
 void append(const char* s, size_t length) {
   if (length > static_cast<size_t>(up.end - up.at)) {
-    if (!upfile) {
+    if (!upfile && !upkept) {
       grow(length);
     } else {
       flush();
-      if (length >= kBlockSize) {
-        std::fwrite(s, 1, length, upfile);
-        return;
-      }
+      if (length >= kBlockSize) return put(s, length);
     }
   }
   std::memcpy(up.at, s, length);
@@ -77,8 +83,9 @@ void bigbuf_init() {
 }
 
 void upout_begin_string() {
+  if (upkept) throw FatalAhead{};
   if (!bigbuf) bigbuf_init();
-  start(nullptr, bigbuf, bigbuf_allocated, false);
+  start(bigbuf, bigbuf_allocated, false);
 }
 
 const char* upout_end_string() {
@@ -86,11 +93,55 @@ const char* upout_end_string() {
   return bigbuf;
 }
 
-void upout_begin_file(FILE* f, bool pretty) { start(f, block, kBlockSize, pretty); }
+void upout_begin_file(FILE* f, bool pretty) {
+  upkept = nullptr;
+  start(block, kBlockSize, pretty);
+  upfile = f;
+}
+
+void upout_begin_kept(KeptText* kept, int indent) {
+  start(block, kBlockSize, true);
+  upkept = kept;
+  up.indent = indent;
+}
 
 void upout_end_file() {
   if (upfile) flush();
   upfile = nullptr;
+}
+
+void upout_end_kept() {
+  flush();
+  upkept = nullptr;
+}
+
+void upout_kept(const KeptText& kept) {
+  flush();
+  kept.write(upfile);
+  up.clash = nullptr;
+  up.fresh = up.watch = false;
+}
+
+// ---- kept text
+
+void KeptText::append(std::string_view s) {
+  constexpr size_t kSmallestBlock = size_t{64} * 1024;
+  constexpr size_t kLargestBlock = size_t{1024} * 1024;
+  if (s.empty()) return;
+  if (empty() || blocks_.back().capacity() - blocks_.back().size() < s.size()) {
+    const size_t size = std::min(kSmallestBlock << std::min<size_t>(blocks_.size(), 4), kLargestBlock);
+    blocks_.emplace_back().reserve(std::max(size, s.size()));
+  }
+  blocks_.back().append(s);
+}
+
+void KeptText::cut(End end) {
+  blocks_.resize(end.blocks);
+  if (!empty()) blocks_.back().resize(end.size);
+}
+
+void KeptText::write(FILE* f) const {
+  for (const std::string& b : blocks_) std::fwrite(b.data(), 1, b.size(), f);
 }
 
 void upout_slow(const char* s, size_t length) {

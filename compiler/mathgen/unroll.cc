@@ -40,7 +40,8 @@ tAsynt blank_empty = nullptr;
 namespace {
 
 tIndex instance_index = nullptr;
-Chain laundry_list;  // clean-up for the head of the package, the last finished instance first
+std::vector<std::string> cleared;  // what the head of the package cleans up: the names in each finished instance
+ObjectReader* reader = nullptr;    // null if the whole package is wanted
 tAsynt lit_this = nullptr;
 tAsynt lit_false = nullptr;
 tAsynt lit_indices = nullptr;
@@ -79,7 +80,8 @@ Chain BeginInst(tAsynt inst, const Actuals& actuals) {
   if (this_is_left()) This2Current(&es.first, current_instance_context);
   Chain own;
   append(&own, mComment("Instance body: ", printed(Object_Name(inst))));
-  own = join(own, Capsules2Expressions(Object_Capsules(inst), actuals));
+  const auto own_definitions = objects_are_read() ? Capsules2Copy : Capsules2Expressions;
+  own = join(own, own_definitions(Object_Capsules(inst), actuals));
   TakeOwn(&own.first, current_instance_context);
   es = join(es, own);
   if (current_index_string) MarkSetMembers(&es.first);
@@ -89,10 +91,16 @@ Chain BeginInst(tAsynt inst, const Actuals& actuals) {
 }
 
 // The package first clears what an earlier load left of the instance.
-void EndInst() {
-  const std::string all = std::string(unparse_string(current_instance_context)) + "`*";
-  prepend(&laundry_list, FFE1("Remove", mStringConst(Asynt_KeepText(all))));
-  prepend(&laundry_list, FFE1("Clear", mStringConst(Asynt_KeepText(all))));
+void EndInst() { cleared.push_back(std::string(unparse_string(current_instance_context)) + "`*"); }
+
+// The last finished instance comes first.
+Chain laundry_list() {
+  Chain chain;
+  for (auto all = cleared.rbegin(); all != cleared.rend(); ++all) {
+    append(&chain, FFE1("Clear", mStringConst(Asynt_KeepText(*all))));
+    append(&chain, FFE1("Remove", mStringConst(Asynt_KeepText(*all))));
+  }
+  return chain;
 }
 
 bool in_set() { return Asynt_Kind(current_indices) == kExpression1; }
@@ -117,6 +125,7 @@ tAsynt instance_context(tAsynt inst, const Actuals& actuals, SymbolLog* log) {
 
 tAsynt set_context(tAsynt inst, const Actuals& actuals, SymbolLog* log) {
   tAsynt names = Symbols2Expressions(InstanceSet_IndexNames(inst));
+  if (objects_are_read()) names = CopyAsynt(names);
   current_indices = AppendExps(current_indices, names);
   current_index_string = AddToIndexString(current_index_string, inst, names);
   Chain body = BeginInst(inst, actuals);
@@ -188,23 +197,43 @@ Chain Particles2Expressions(tAsynt particles, const Actuals& actuals) {
   return chain;
 }
 
-// A class contributes nothing by itself; an instance its name, by which the package knows it, and its context.
+// An instance gives its name, by which the package knows it, and its context.
+Chain object_items(tAsynt object) {
+  tAsynt name = Object_Name(object);
+  Chain items;
+  append(&items, mSymbol(PrependContext(model_name, Symbol_SymInfo(name))));
+  SymbolLog* const log = new_symbol_log();
+  append(&items, Instantiate(object, no_actuals(), log));
+  ShareSymis(log);
+  close_symbol_logs();
+  RememberInstance(items.first, name, object);
+  return items;
+}
+
+// The reader gets some objects at a time: as many as a processor keeps at hand.
+constexpr unsigned long kReadAtOnce = 512UL * 1024;
+
+void give_to_reader(Chain* objects, Asynt_Place* start) {
+  if (!objects->first) return;
+  forget_names();
+  forget_sets();
+  reader->read(finish(*objects), Asynt_Detach(*start));
+  *objects = Chain();
+  *start = Asynt_BeginBatch();
+}
+
+// A class contributes nothing by itself.
 Chain Objects2Expressions(tAsynt objects) {
   Chain chain;
+  Asynt_Place start = reader ? Asynt_BeginBatch() : Asynt_Place();
   for (; Asynt_Kind(objects) == kObject1; objects = Object1_Objects(objects)) {
     tAsynt object = Object1_Object(objects);
     if (Asynt_Kind(object) == kClass) continue;
     if (!Asynt_IsType(object, kInstance)) routine_failed("Objects2Expressions");
-    tAsynt name = Object_Name(object);
-    Chain item;
-    append(&item, mSymbol(PrependContext(model_name, Symbol_SymInfo(name))));
-    SymbolLog* const log = new_symbol_log();
-    append(&item, Instantiate(object, no_actuals(), log));
-    ShareSymis(log);
-    close_symbol_logs();
-    RememberInstance(item.first, name, object);
-    chain = join(chain, item);
+    chain = join(chain, object_items(object));
+    if (reader && Asynt_UsedSince(start) >= kReadAtOnce) give_to_reader(&chain, &start);
   }
+  if (reader) give_to_reader(&chain, &start);
   return chain;
 }
 
@@ -226,10 +255,11 @@ void make_constants() {
 
 void begin_run(tAsynt model) {
   model_name = Model_Name(model);
+  reader = nullptr;
   current_instance_context = nullptr;
   current_indices = mExpression0();
   current_index_string = nullptr;
-  laundry_list = Chain();
+  cleared.clear();
   indent_level = 0;
   instance_nesting = 0;
   instance_index = make_index(linked_list, 1);
@@ -243,9 +273,19 @@ tAsynt with_packages(tAsynt needs) {
   return mFilename1(mFilename("Operators`"), mFilename1(mFilename("Iterators`"), needs));
 }
 
+tAsynt package_of(tAsynt model) {
+  tAsynt packages = with_packages(Model_Packages(model));
+  const Chain objects = Objects2Expressions(Model_Objects(model));
+  Chain globals = Particles2Expressions(Model_Globals(model), no_actuals());
+  if (globals.first) Unsetify(&globals.first);
+  return mPackage(Model_Name(model), packages, finish(join(laundry_list(), join(globals, objects))));
+}
+
 }  // namespace
 
 // ---- shared
+
+bool objects_are_read() { return reader != nullptr; }
 
 void append(Chain* chain, tAsynt e) {
   tAsynt cell = mExpression1(e, nullptr);
@@ -352,13 +392,18 @@ void unroll(tAsynt* t, tIndex* instances) {
   using namespace unrolling;
   if (Asynt_Kind(*t) != kModel || !Model_Name(*t)) return;
   begin_run(*t);
-  tAsynt packages = with_packages(Model_Packages(*t));
-  const Chain objects = Objects2Expressions(Model_Objects(*t));
-  Chain globals = Particles2Expressions(Model_Globals(*t), no_actuals());
-  if (globals.first) Unsetify(&globals.first);
-  tAsynt body = finish(join(laundry_list, join(globals, objects)));
-  *t = mPackage(Model_Name(*t), packages, body);
+  *t = package_of(*t);
   *instances = instance_index;
+}
+
+void unroll_for_reader(tAsynt* t, ObjectReader* object_reader) {
+  using namespace unrolling;
+  if (Asynt_Kind(*t) != kModel || !Model_Name(*t)) return;
+  begin_run(*t);
+  reader = object_reader;
+  *t = package_of(*t);
+  reader = nullptr;
+  delete_index(instance_index);
 }
 
 }  // namespace oz

@@ -238,7 +238,9 @@ void PatternizeIndex(tAsynt* actuals, const char* name) {
 
 }  // namespace
 
-void begin_sets() {
+void begin_sets() { forget_sets(); }
+
+void forget_sets() {
   index_lists.clear();
   current_indices_pat = nullptr;
 }

@@ -337,7 +337,9 @@ bool unsetify_place(tAsynt* place) {
 
 }  // namespace
 
-void begin_names() {
+void begin_names() { forget_names(); }
+
+void forget_names() {
   logs.clear();
   log_of.clear();
   stripped.clear();

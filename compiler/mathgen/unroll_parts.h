@@ -113,6 +113,10 @@ extern tAsynt blank_empty;               // Blank(Empty)
 // The module's refusal: reports the routine and leaves through unroll_Exit.
 [[noreturn]] void routine_failed(const char* routine);
 
+// Whether a reader takes the objects, with all that was made for them. What is changed in an object must be its own
+// then: nodes of the model, which outlive it, are copied first.
+bool objects_are_read();
+
 // A position node at no place.
 tAsynt nowhere();
 
@@ -198,9 +202,15 @@ void Unsetify(tAsynt* t);
 // Does the same for all names in the logs made so far, and drops the logs.
 void close_symbol_logs();
 
+// Forgets what is known of names, whose nodes are about to be given back.
+void forget_names();
+
 // ---- instance sets (unroll_index.cc)
 
 void begin_sets();
+
+// Forgets the index lists, whose nodes are about to be given back.
+void forget_sets();
 
 // The types of the members in a tree get one marker per index.
 void MarkSetMembers(tAsynt* t);

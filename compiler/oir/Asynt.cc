@@ -3,12 +3,14 @@
 #include "Asynt.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <vector>
 
 #include "Memory.h"
+#include "SecondThread.h"
 #include "ememory.h"
 #include "ozerrors.h"
 #include "treekit_ops.h"
@@ -207,10 +209,12 @@ ScannedKind scanned_kind(const TreeKind& k) {
 }
 
 const ScannedKind* scanned_kinds() {
-  static ScannedKind kinds[kAsyntKinds];
-  if (kinds[0].size == 0)
-    for (int k = 0; k < kAsyntKinds; k++) kinds[k] = scanned_kind(Asynt_Schema.kinds[k]);
-  return kinds;
+  static const std::vector<ScannedKind> kinds = [] {
+    std::vector<ScannedKind> all;
+    for (int k = 0; k < kAsyntKinds; k++) all.push_back(scanned_kind(Asynt_Schema.kinds[k]));
+    return all;
+  }();
+  return kinds.data();
 }
 
 // Children whose kinds are still to be looked at. They lie anywhere in the pools: looking at them a batch later leaves
@@ -295,22 +299,44 @@ bool nodes_are_good(PoolRest* pools, PendingChildren* children) {
   return true;
 }
 
-// Whether every node in the pools is well-formed, reachable or not. The pools are read front to back, which is many
+// Whether every node of some pools is well-formed, reachable or not. The pools are read front to back, which is many
 // times faster than a walk over a big tree; only when a node fails, and it may be one that nobody refers to, does the
 // walk decide.
-bool all_nodes_are_good() {
-  if (!yyBlockList) return true;
-  tail_of(yyBlockList)->end = Asynt_PoolFreePtr;
+bool pools_are_good(char* const* pools, size_t count) {
   PendingChildren children;
-  for (char* pool = yyBlockList; pool;) {
+  for (size_t i = 0; i < count; i += 4) {
     PoolRest four[4];
-    for (size_t i = 0; i < std::size(four) && pool; pool = tail_of(pool)->previous)
-      four[i++] = {pool, tail_of(pool)->end};
+    for (size_t k = 0; k < std::size(four) && i + k < count; k++) four[k] = {pools[i + k], tail_of(pools[i + k])->end};
     if (!nodes_are_good<4>(four, &children)) return false;
     for (PoolRest& rest : four)
       if (!nodes_are_good<1>(&rest, &children)) return false;
   }
   return children.look();
+}
+
+// A pool and those before it.
+std::vector<char*> pools_from(char* newest) {
+  std::vector<char*> pools;
+  for (char* pool = newest; pool; pool = tail_of(pool)->previous) pools.push_back(pool);
+  return pools;
+}
+
+// Many pools are shared out between two threads, so many at a time.
+bool all_nodes_are_good() {
+  constexpr size_t kAtOnce = 256;
+  if (yyBlockList) tail_of(yyBlockList)->end = Asynt_PoolFreePtr;
+  const std::vector<char*> pools = pools_from(yyBlockList);
+  std::atomic<size_t> next{0};
+  std::atomic<bool> good{true};
+  const auto look = [&] {
+    for (size_t i; good && (i = next.fetch_add(kAtOnce)) < pools.size();)
+      if (!pools_are_good(pools.data() + i, std::min(kAtOnce, pools.size() - i))) good = false;
+  };
+  SecondThread second;
+  if (pools.size() > kAtOnce) second.start(look);
+  look();
+  second.join();
+  return good;
 }
 #endif
 
@@ -373,6 +399,131 @@ void Asynt_ReleaseSince(const Asynt_Place& start) {
 #endif
   Asynt_HeapUsed = start.used;
 }
+
+// ---- batches
+
+#ifdef OZ_SANITIZE
+Asynt_Place Asynt_BeginBatch() { return Asynt_Here(); }
+
+Asynt_Batch Asynt_Detach(const Asynt_Place& start) {
+  Asynt_Batch batch;
+  const auto take = [](std::vector<char*>* from, size_t first, std::vector<char*>* to) {
+    to->assign(from->begin() + static_cast<long>(first), from->end());
+    from->resize(first);
+  };
+  take(&all_nodes, start.nodes, &batch.nodes);
+  take(&all_texts, start.texts, &batch.texts);
+  batch.used = Asynt_HeapUsed - start.used;
+  Asynt_HeapUsed = start.used;
+  return batch;
+}
+
+void Asynt_Release(Asynt_Batch* batch) {
+  for (char* node : batch->nodes) std::free(node);
+  for (char* text : batch->texts) std::free(text);
+  *batch = {};
+}
+
+void Asynt_Attach(Asynt_Batch* batch) {
+  all_nodes.insert(all_nodes.end(), batch->nodes.begin(), batch->nodes.end());
+  all_texts.insert(all_texts.end(), batch->texts.begin(), batch->texts.end());
+  Asynt_HeapUsed += batch->used;
+  *batch = {};
+}
+
+bool Asynt_IsGood(const Asynt_Batch& batch) {
+  return std::all_of(batch.nodes.begin(), batch.nodes.end(),
+                     [](const char* node) { return kit.node_is_good(reinterpret_cast<const Asynt_Node*>(node)); });
+}
+#else
+namespace {
+
+TextHead* head_of(char* block) { return reinterpret_cast<TextHead*>(block); }
+
+// The last one of a list, by their links, before `end`.
+template <typename Previous>
+char* oldest_of(char* newest, const char* end, Previous previous) {
+  char* at = newest;
+  while (previous(at) != end) at = previous(at);
+  return at;
+}
+
+char*& previous_pool(char* pool) { return tail_of(pool)->previous; }
+char*& previous_text(char* block) { return head_of(block)->previous; }
+
+// Goes on in the newest pool and text block.
+void go_on_at(char* node, char* text) {
+  Asynt_PoolFreePtr = node;
+  Asynt_PoolMaxPtr = yyBlockList ? pool_limit(yyBlockList) : nullptr;
+  text_free = text;
+  text_end = text_block ? text_block + head_of(text_block)->size : nullptr;
+}
+
+}  // namespace
+
+// A batch begins with a pool and a text block of its own.
+Asynt_Place Asynt_BeginBatch() {
+  const Asynt_Place start = Asynt_Here();
+  Asynt_PoolMaxPtr = Asynt_PoolFreePtr;
+  text_end = text_free;
+  return start;
+}
+
+Asynt_Batch Asynt_Detach(const Asynt_Place& start) {
+  Asynt_Batch batch;
+  if (yyBlockList != start.pool) {
+    tail_of(yyBlockList)->end = Asynt_PoolFreePtr;
+    batch.newest_pool = yyBlockList;
+    batch.oldest_pool = oldest_of(yyBlockList, start.pool, previous_pool);
+    previous_pool(batch.oldest_pool) = nullptr;
+    yyBlockList = start.pool;
+  }
+  if (text_block != start.text_block) {
+    batch.newest_text = text_block;
+    batch.oldest_text = oldest_of(text_block, start.text_block, previous_text);
+    previous_text(batch.oldest_text) = nullptr;
+    text_block = start.text_block;
+  }
+  go_on_at(start.free, start.text_free);
+  batch.used = Asynt_HeapUsed - start.used;
+  Asynt_HeapUsed = start.used;
+  return batch;
+}
+
+void Asynt_Release(Asynt_Batch* batch) {
+  if (batch->newest_pool) {
+    previous_pool(batch->oldest_pool) = spare_pools;
+    spare_pools = batch->newest_pool;
+  }
+  while (char* const block = batch->newest_text) {
+    batch->newest_text = previous_text(block);
+    efree(block);
+  }
+  *batch = {};
+}
+
+// The pools and text blocks go on where the batch left off: behind its nodes there may be no room for a text more.
+void Asynt_Attach(Asynt_Batch* batch) {
+  if (yyBlockList) tail_of(yyBlockList)->end = Asynt_PoolFreePtr;
+  if (batch->newest_pool) {
+    previous_pool(batch->oldest_pool) = yyBlockList;
+    yyBlockList = batch->newest_pool;
+    Asynt_PoolFreePtr = Asynt_PoolMaxPtr = tail_of(yyBlockList)->end;
+  }
+  if (batch->newest_text) {
+    previous_text(batch->oldest_text) = text_block;
+    text_block = batch->newest_text;
+    text_free = text_end = text_block + head_of(text_block)->size;
+  }
+  Asynt_HeapUsed += batch->used;
+  *batch = {};
+}
+
+bool Asynt_IsGood(const Asynt_Batch& batch) {
+  const std::vector<char*> pools = pools_from(batch.newest_pool);
+  return pools_are_good(pools.data(), pools.size());
+}
+#endif
 
 unsigned long Asynt_UsedSince(const Asynt_Place& start) { return Asynt_HeapUsed - start.used; }
 

@@ -167,6 +167,35 @@ void Asynt_ReleaseSince(const Asynt_Place& start);
 // Bytes of the pools and blocks that nodes and texts have taken since.
 unsigned long Asynt_UsedSince(const Asynt_Place& start);
 
+// Nodes and texts that are given back by themselves, whatever is made after them.
+//
+//   const Asynt_Place start = Asynt_BeginBatch();
+//   ... trees are made ...
+//   Asynt_Batch batch = Asynt_Detach(start);
+//   ... other trees are made, and given back ...
+//   Asynt_Release(&batch);
+struct Asynt_Batch {
+  char* newest_pool = nullptr;  // and by their links those before it; null if there are none
+  char* oldest_pool = nullptr;
+  char* newest_text = nullptr;
+  char* oldest_text = nullptr;
+  std::vector<char*> nodes{};  // in sanitizer builds
+  std::vector<char*> texts{};
+  unsigned long used = 0;
+};
+Asynt_Place Asynt_BeginBatch();
+Asynt_Batch Asynt_Detach(const Asynt_Place& start);
+
+// Gives a batch back; nothing may refer to it any more.
+void Asynt_Release(Asynt_Batch* batch);
+
+// Puts a batch back among the others, as if it were made now.
+void Asynt_Attach(Asynt_Batch* batch);
+
+// Whether every child of the nodes in a batch is of the kind that its field declares. Reports nothing and changes
+// nothing, so that it can be asked on any thread.
+bool Asynt_IsGood(const Asynt_Batch& batch);
+
 // Whether a node that was made since the place can be reached from one of these trees. Costs a walk over the trees.
 bool Asynt_ReachSince(const Asynt_Place& start, const std::vector<tAsynt>& roots);
 

@@ -14,6 +14,7 @@
 #include <cstring>
 #include <string>
 
+#include "ahead.h"
 #include "codegen.h"
 #include "dig.h"
 #include "driver_parts.h"
@@ -151,8 +152,17 @@ void dump(const char* heading) {
   WriteAsynt(tree_file, model_tree);
 }
 
-// From the source text to the flat tree. CheckAsynt reports a broken tree itself, and the run goes on with it.
-void front_half(tIndex* instances) {
+// Whether the definitions for the host are all that is wanted of the flat tree. The objects are printed as soon as they
+// are complete, then, and their nodes serve the next ones: a big model becomes several times as big when it is
+// unrolled.
+bool only_definitions(const Options& o) {
+  return o.unparse_flag && !tree_file && !o.query_tree_flag && o.codegen_flag == no_code && !o.daemon_flag &&
+         !o.remember_tree_flag;
+}
+
+// From the source text to the flat tree, without the objects that are printed ahead. CheckAsynt reports a broken tree
+// itself, and the run goes on with it.
+void front_half(PrintAhead* ahead, tIndex* instances) {
   forget_model();
   bigbuf_init();
   init_oz_index();
@@ -172,7 +182,11 @@ void front_half(tIndex* instances) {
   ozt(&model_tree);
   end_pass("ozt");
   dump("\nAfter ozt.trafo:\n");
-  unroll(&model_tree, instances);
+  if (ahead)
+    unroll_for_reader(&model_tree, ahead);
+  else
+    unroll(&model_tree, instances);
+  if (ahead && Asynt_Kind(model_tree) == kPackage) ahead->complete(model_tree);
   end_pass("unroll");
   flatten(&model_tree);
   end_pass("flatten");
@@ -181,8 +195,11 @@ void front_half(tIndex* instances) {
 }
 
 // The definitions for the host, and behind them what makes formal parameters print without their context.
-bool write_definitions(const Options& o) {
-  unparse_filep(output_file, model_tree);
+bool write_definitions(const Options& o, const PrintAhead* ahead) {
+  if (ahead && Asynt_Kind(model_tree) == kPackage)
+    ahead->write(output_file, model_tree);
+  else
+    unparse_filep(output_file, model_tree);
   std::fputs("\nIf[! Or @@ ((# == \"P$`\")& /@ $ContextPath), AppendTo[$ContextPath, \"P$`\"]];\n", output_file);
   const char* const name = o.output_file_name ? o.output_file_name : "standard output";
   if (!close_written(&output_file, "Can't write output file", name)) return false;
@@ -201,8 +218,8 @@ void keep_model(tIndex instances) {
 }
 
 // What is done with the flat tree. False when a file could not be written whole.
-bool back_half(const Options& o, tIndex instances) {
-  if (o.unparse_flag && !write_definitions(o)) return false;
+bool back_half(const Options& o, const PrintAhead* ahead, tIndex instances) {
+  if (o.unparse_flag && !write_definitions(o, ahead)) return false;
   if (o.query_tree_flag) QueryAsynt(model_tree);
   if (o.codegen_flag != no_code) {
     FixNests(model_tree);
@@ -248,8 +265,10 @@ int compile_model(int argc, char** argv) {
   tIndex instances = nullptr;
   bool done = open_files(o);
   if (done) {
-    front_half(&instances);
-    done = back_half(o, instances);
+    PrintAhead printing;
+    PrintAhead* const ahead = only_definitions(o) ? &printing : nullptr;
+    front_half(ahead, &instances);
+    done = back_half(o, ahead, instances);
     scan_CloseScanner();
   }
   close_files();
