@@ -14,6 +14,7 @@
 
 #include "Asynt.h"
 #include "Errors.h"
+#include "ahead.h"
 #include "compelim.h"
 #include "env.h"
 #include "ffparse.h"
@@ -80,9 +81,8 @@ void ffparse(const Text& text) {
   check_tree(tree, "Comp_elim");
 }
 
-// As a run with -u does it.
-void unparse(const Text& text) {
-  static FILE* const nowhere = std::fopen("/dev/null", "w");
+// The definitions of a model, the objects printed behind the package or ahead of it.
+Text definitions(const Text& text, bool is_ahead) {
   error_message_uses_input_file = file_of(text);
   scan_BeginScanner();
   scan_BeginFile(error_message_uses_input_file);
@@ -96,11 +96,32 @@ void unparse(const Text& text) {
   ozt(&model_tree);
   check_tree(model_tree, "ozt");
   tIndex instances = nullptr;
-  unroll(&model_tree, &instances);
+  PrintAhead ahead;
+  if (is_ahead)
+    unroll_for_reader(&model_tree, &ahead);
+  else
+    unroll(&model_tree, &instances);
+  const bool is_package = Asynt_Kind(model_tree) == kPackage;
+  if (is_ahead && is_package) ahead.complete(model_tree);
   flatten(&model_tree);
   check_tree(model_tree, "flatten");
-  unparse_filep(nowhere, model_tree);
+  char* printed = nullptr;
+  size_t size = 0;
+  FILE* const f = open_memstream(&printed, &size);
+  if (is_ahead && is_package)
+    ahead.write(f, model_tree);
+  else
+    unparse_filep(f, model_tree);
+  std::fclose(f);
+  Text result(printed, size);
+  std::free(printed);
   scan_CloseScanner();
+  return result;
+}
+
+// As a run with -u does it, and one that keeps the tree.
+void unparse(const Text& text) {
+  if (definitions(text, true) != definitions(text, false)) std::abort();
 }
 
 // Thrown in the place of ending the process.

@@ -1,6 +1,7 @@
 // The passes between the parser and the flat definitions, as far as the text of a whole model does not show them:
 // declarations that become definitions, unrolling, flattening, deferred replacements.
 
+#include "ahead.h"
 #include "deferred.h"
 #include "model_text.h"
 
@@ -151,6 +152,65 @@ TEST_F(Unroll, TreesThatNoTextGives) {
   for (tAsynt t : nodes_with(model, [](tAsynt n) { return Asynt_Kind(n) == kAbsoluteSymbol; }))
     if (printed(t) == "h`x") AbsoluteSymbol_Components(t) = list({mThis()});
   EXPECT_EQ("F AbsoluteSymbol containing this???", refusal(model));
+}
+
+// ---- printing ahead
+
+// Enough objects for many batches. What they share with the globals, with their classes and with each other stays.
+TEST_F(Unroll, ObjectsArePrintedAhead) {
+  std::string text =
+      "use := t4; real g := t3`x + t7[2]`x; u := {t5`x, 2}; class D(k) reveal: real array[2] y; z := k "
+      "+ g; end;"
+      "class C(n) inherits D(n) part p inherits D(this`x); reveal: real x; once h := n*y + t1`x; real f[real y_] := "
+      "h*y; (* c *) end;";
+  for (int i = 0; i < 400; i++)
+    text += "instance t" + std::to_string(i) + (i % 7 == 0 ? "[i, j] inherits C(i + j)" : " inherits C(t0[1, 2]`x)") +
+            " reveal: real w := x + p`z; q := {n, this`x}; end;";
+  const auto text_of_run = [](auto print) {
+    OutputStream out;
+    print(out.f);
+    return out.str();
+  };
+  tAsynt model = transformed(text);
+  unsigned long used = Asynt_HeapUsed;
+  unroll(&model, &instances);
+  const unsigned long whole_tree = Asynt_HeapUsed - used;
+  flatten(&model);
+  const std::string whole = text_of_run([&](FILE* f) { unparse_filep(f, model); });
+  model = transformed(text);
+  PrintAhead ahead;
+  used = Asynt_HeapUsed;
+  unroll_for_reader(&model, &ahead);
+  ahead.complete(model);
+  EXPECT_LT(Asynt_HeapUsed - used, whole_tree / 5) << "the objects are gone";
+  flatten(&model);
+  EXPECT_TRUE(CheckAsynt(model));
+  EXPECT_EQ(whole, text_of_run([&](FILE* f) { ahead.write(f, model); }));
+}
+
+// From an object on that cannot be printed or is not well-formed, all are left: the message comes in its turn.
+TEST_F(Unroll, WhatCannotBePrintedAheadIsLeft) {
+  for (const bool is_broken : {true, false}) {
+    PrintAhead ahead;
+    for (int i = 0; i < 6; i++) {
+      const Asynt_Place start = Asynt_BeginBatch();
+      const tAsynt bad = is_broken ? mXNot(mPosConv(NoPosition, nonConv), mType0()) : mXInequality(list({}));
+      const tAsynt statements = list({i == 3 ? bad : name("a")});
+      ahead.read(statements, Asynt_Detach(start));
+    }
+    tAsynt package = mPackage(name("m"), mFilename0(), list({name("g")}));
+    ahead.complete(package);
+    EXPECT_EQ(!is_broken, CheckAsynt(package));
+    OutputStream out;
+    const std::string message = said([&] { ahead.write(out.f, package); });
+    const std::string head = "BeginPackage[\"m`\"];\n\n  g;\n  a;\n  a;\n  a";
+    if (is_broken) {
+      EXPECT_EQ(head + ";\n  !( );\n  a;\n  a\nEndPackage[];\n", out.str());
+    } else {
+      EXPECT_EQ("F Malformed inequality list: ", message);
+      EXPECT_EQ(head + ";\n", out.str());
+    }
+  }
 }
 
 // ---- flattening
