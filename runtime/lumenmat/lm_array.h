@@ -130,7 +130,8 @@ class Expression : public ExpressionBase {
   template <class V>
   T Extract(const V& place) const {
     const Shape<N> s = self().shape();
-    if (place.dimension(1) != N) fail_shapes("Extract", shape_text(s), shape_text(place.shape()));
+    if (LM_UNLIKELY(place.dimension(1) != N))
+      fail("Extract: " + std::to_string(place.dimension(1)) + " subscripts for an array " + shape_text(s));
     Index x[N];
     for (int k = 0; k < N; k++) x[k] = checked_offset(static_cast<Index>(place(k + 1)), s.d, N, k);
     return self().at(x);
@@ -774,7 +775,8 @@ using result_of = element_of<decltype(Op::apply(std::declval<typename E::element
 
 // A conditional expression needs branches of one type: c ? a+b : a-b. So one kind of node can turn into another one,
 // whose operands stay empty then; instead it has an array that was computed ahead. Which kind turns into which is
-// decided by the order of their names, since C++ wants only one of the two ways to exist. Sections turn into nodes.
+// decided by the order of their names, since C++ wants only one of the two ways to exist. Sections turn into nodes, and
+// so does everything of an element type that widens to the node's, arrays as well.
 template <class X>
 constexpr std::string_view name_of() {
 #if defined(__GNUC__)
@@ -791,9 +793,13 @@ struct IsSection<Section<T, N>> : std::true_type {};
 
 template <class From, class To>
 constexpr bool turns_into() {
-  if constexpr (!has_elements<From> || std::is_same_v<From, To> || ArrayOf<From>::value)
+  if constexpr (!has_elements<From> || std::is_same_v<From, To>)
     return false;
-  else if constexpr (From::rank != To::rank || !std::is_same_v<typename From::element, typename To::element>)
+  else if constexpr (From::rank != To::rank)
+    return false;
+  else if constexpr (!std::is_same_v<typename From::element, typename To::element>)
+    return widens<typename From::element, typename To::element>;
+  else if constexpr (ArrayOf<From>::value)
     return false;
   else
     return IsSection<From>::value || name_of<From>() < name_of<To>();
@@ -855,6 +861,11 @@ struct RankOf<E, std::enable_if_t<has_elements<E>>> {
   static constexpr int value = E::rank;
 };
 
+// Operations whose value may be wanted as a whole, too (see Comparison): their operands need not fit before elements
+// are asked for.
+template <class Op>
+inline constexpr bool of_truth = false;
+
 // One of the operands may be a number.
 template <class Op, class A, class B>
 class Binary : public Expression<Binary<Op, A, B>, result_of<Op, A, B>, std::max(RankOf<A>::value, RankOf<B>::value)> {
@@ -865,8 +876,7 @@ class Binary : public Expression<Binary<Op, A, B>, result_of<Op, A, B>, std::max
   Binary(A a, B b) : a_(std::move(a)), b_(std::move(b)) {
     if constexpr (has_elements<A> && has_elements<B>) {
       static_assert(A::rank == B::rank, "the operands must have as many dimensions");
-      if (LM_UNLIKELY(a_.shape() != b_.shape()))
-        fail_shapes(Op::name(), shape_text(a_.shape()), shape_text(b_.shape()));
+      if constexpr (!of_truth<Op>) need_same_shapes();
     }
   }
   template <class E, std::enable_if_t<turns_into<E, Binary>(), int> = 0>
@@ -874,6 +884,7 @@ class Binary : public Expression<Binary<Op, A, B>, result_of<Op, A, B>, std::max
 
   Shape<N> shape() const {
     if (ready_) return ready_->shape();
+    if constexpr (has_elements<A> && has_elements<B> && of_truth<Op>) need_same_shapes();
     if constexpr (has_elements<A>)
       return a_.shape();
     else
@@ -887,13 +898,18 @@ class Binary : public Expression<Binary<Op, A, B>, result_of<Op, A, B>, std::max
   T at(const Index* x) const { return ready_ ? ready_->at(x) : static_cast<T>(Op::apply(a_.at(x), b_.at(x))); }
   bool disturbed_by(const Target<N>& t) const { return !ready_ && (a_.disturbed_by(t) || b_.disturbed_by(t)); }
 
- private:
+ protected:
   A a_;
   B b_;
+
+ private:
   Prepared<T, N> ready_;
   template <class RowA, class RowB>
   static BinaryRow<Op, RowA, RowB> row(const RowA& a, const RowB& b) {
     return {a, b};
+  }
+  void need_same_shapes() const {
+    if (LM_UNLIKELY(a_.shape() != b_.shape())) fail_shapes(Op::name(), shape_text(a_.shape()), shape_text(b_.shape()));
   }
 };
 

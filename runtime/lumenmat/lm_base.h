@@ -2,8 +2,8 @@
 //
 // An error of shape or index throws lumen_error, whose text names the operation, the shapes and the index. With
 // LM_NO_CHECKS defined, the checks of single subscripts are left out: x(i) is then one load. A subscript that is not
-// within 1..n, nor a constant like -1, is undefined behaviour then. Shapes and ranges are checked always, since that
-// costs once per operation.
+// within 1..n, nor a constant like -1, is undefined behaviour then; so is a real number without an int near it that
+// becomes an int. Shapes and ranges are checked always, since that costs once per operation.
 #ifndef LM_BASE_H
 #define LM_BASE_H
 
