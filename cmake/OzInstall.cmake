@@ -1,5 +1,4 @@
 # cmake --install BUILD [--prefix DIR]: the programs, the runtime libraries, and the package for find_package(oz).
-include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 set(package ${CMAKE_INSTALL_LIBDIR}/cmake/oz)

@@ -130,7 +130,8 @@ class Expression : public ExpressionBase {
   template <class V>
   T Extract(const V& place) const {
     const Shape<N> s = self().shape();
-    if (place.dimension(1) != N) fail_shapes("Extract", shape_text(s), shape_text(place.shape()));
+    if (LM_UNLIKELY(place.dimension(1) != N))
+      fail("Extract: " + std::to_string(place.dimension(1)) + " subscripts for an array " + shape_text(s));
     Index x[N];
     for (int k = 0; k < N; k++) x[k] = checked_offset(static_cast<Index>(place(k + 1)), s.d, N, k);
     return self().at(x);
@@ -334,7 +335,7 @@ class Array : public Dense<Array<T, N>, T, N> {
   Array() : shape_{} {}
   // With sizes, filled with zeros.
   template <class... I, std::enable_if_t<sizeof...(I) == N && (std::is_arithmetic_v<I> && ...), int> = 0>
-  explicit Array(I... sizes) : shape_{{static_cast<Index>(sizes)...}}, data_(zeros(shape_)) {}
+  LM_INLINE explicit Array(I... sizes) : shape_{{static_cast<Index>(sizes)...}}, data_(zeros(shape_)) {}
   explicit Array(const Shape<N>& s) : shape_(s), data_(zeros(s)) {}
 
   Array(const Array& a) : shape_(a.shape_), data_(uninitialised(shape_)) { fill_from(a); }
@@ -402,11 +403,13 @@ class Array : public Dense<Array<T, N>, T, N> {
 
   template <class... I, std::enable_if_t<sizeof...(I) == N && (std::is_arithmetic_v<I> && ...), int> = 0>
   LM_INLINE T& operator()(I... i) {
-    return data_[element_place(i...)];
+    T* const elements = data_.get();
+    return elements[element_place(i...)];
   }
   template <class... I, std::enable_if_t<sizeof...(I) == N && (std::is_arithmetic_v<I> && ...), int> = 0>
   LM_INLINE const T& operator()(I... i) const {
-    return data_[element_place(i...)];
+    const T* const elements = data_.get();
+    return elements[element_place(i...)];
   }
 
   // A section shares the elements of an array that lives on; of a passing value it is a copy.
@@ -495,27 +498,33 @@ class Array : public Dense<Array<T, N>, T, N> {
   Shape<N> shape_;
   Storage data_;
 
-  static Index checked_total(const Shape<N>& s) {
-    Index n = 1;
-    for (int k = 0; k < N; k++) {
-      if (LM_UNLIKELY(s.d[k] < 0)) fail("an array cannot have the shape " + shape_text(s));
-      if (LM_UNLIKELY(s.d[k] > 0 && n > PTRDIFF_MAX / static_cast<Index>(sizeof(T)) / s.d[k]))
-        fail("an array of the shape " + shape_text(s) + " is too large");
-      n *= s.d[k];
-    }
-    return n;
+  // Sizes are handed on by value, and all but what fails is put in line: a local array, which nothing gets hold of
+  // then, can have its sizes in registers.
+  [[noreturn]] LM_COLD static void fail_sizes(Shape<N> s) {
+    for (int k = 0; k < N; k++)
+      if (s.d[k] < 0) fail("an array cannot have the shape " + shape_text(s));
+    fail("an array of the shape " + shape_text(s) + " is too large");
   }
-  static Storage checked_storage(const Shape<N>& s, Index n, void* p) {
-    if (LM_UNLIKELY(!p && n > 0)) fail("no memory for an array of the shape " + shape_text(s));
+  [[noreturn]] LM_COLD static void fail_memory(Shape<N> s) {
+    fail("no memory for an array of the shape " + shape_text(s));
+  }
+  LM_INLINE static std::size_t checked_bytes(Shape<N> s) {
+    Index n = sizeof(T);
+    for (int k = 0; k < N; k++)
+      if (LM_UNLIKELY(s.d[k] < 0 || product_overflows(n, s.d[k], &n))) fail_sizes(s);
+    return static_cast<std::size_t>(n);
+  }
+  LM_INLINE static Storage checked_storage(Shape<N> s, std::size_t bytes, void* p) {
+    if (LM_UNLIKELY(!p && bytes > 0)) fail_memory(s);
     return Storage(static_cast<T*>(p));
   }
-  static Storage zeros(const Shape<N>& s) {
-    const Index n = checked_total(s);
-    return checked_storage(s, n, std::calloc(static_cast<std::size_t>(n), sizeof(T)));
+  LM_INLINE static Storage zeros(Shape<N> s) {
+    const std::size_t bytes = checked_bytes(s);
+    return checked_storage(s, bytes, std::calloc(bytes, 1));
   }
-  static Storage uninitialised(const Shape<N>& s) {
-    const Index n = checked_total(s);
-    return checked_storage(s, n, std::malloc(static_cast<std::size_t>(n) * sizeof(T)));
+  static Storage uninitialised(Shape<N> s) {
+    const std::size_t bytes = checked_bytes(s);
+    return checked_storage(s, bytes, std::malloc(bytes));
   }
 
   template <class E>
@@ -541,22 +550,27 @@ class Array : public Dense<Array<T, N>, T, N> {
   }
   Array(const Shape<N>& s, std::nullptr_t) : shape_(s), data_(uninitialised(s)) {}
 
+  // The sizes are read ahead of the first check: what is read behind a way out of a loop is read in the loop.
   template <class... I>
   LM_INLINE Index element_place(I... i) const {
     static_assert(sizeof...(I) == N);
     const Index x[N] = {static_cast<Index>(i)...};
-    if constexpr (N == 1)
-      return checked_offset(x[0], shape_.d, N, 0);
-    else if constexpr (N == 2)
-      return checked_offset(x[0], shape_.d, N, 0) + shape_.d[0] * checked_offset(x[1], shape_.d, N, 1);
-    else if constexpr (N == 3)
-      return checked_offset(x[0], shape_.d, N, 0) +
-             shape_.d[0] * (checked_offset(x[1], shape_.d, N, 1) + shape_.d[1] * checked_offset(x[2], shape_.d, N, 2));
-    else
-      return checked_offset(x[0], shape_.d, N, 0) +
-             shape_.d[0] * (checked_offset(x[1], shape_.d, N, 1) +
-                            shape_.d[1] * (checked_offset(x[2], shape_.d, N, 2) +
-                                           shape_.d[2] * checked_offset(x[3], shape_.d, N, 3)));
+    const Index n0 = shape_.d[0];
+    if constexpr (N == 1) {
+      return element_offset(x[0], n0, shape_, 0);
+    } else if constexpr (N == 2) {
+      const Index n1 = shape_.d[1];
+      return element_offset(x[0], n0, shape_, 0) + n0 * element_offset(x[1], n1, shape_, 1);
+    } else if constexpr (N == 3) {
+      const Index n1 = shape_.d[1], n2 = shape_.d[2];
+      return element_offset(x[0], n0, shape_, 0) +
+             n0 * (element_offset(x[1], n1, shape_, 1) + n1 * element_offset(x[2], n2, shape_, 2));
+    } else {
+      const Index n1 = shape_.d[1], n2 = shape_.d[2], n3 = shape_.d[3];
+      return element_offset(x[0], n0, shape_, 0) +
+             n0 * (element_offset(x[1], n1, shape_, 1) +
+                   n1 * (element_offset(x[2], n2, shape_, 2) + n2 * element_offset(x[3], n3, shape_, 3)));
+    }
   }
 
   // From 0, for a subscript beside ranges; it is checked like these.
@@ -761,7 +775,8 @@ using result_of = element_of<decltype(Op::apply(std::declval<typename E::element
 
 // A conditional expression needs branches of one type: c ? a+b : a-b. So one kind of node can turn into another one,
 // whose operands stay empty then; instead it has an array that was computed ahead. Which kind turns into which is
-// decided by the order of their names, since C++ wants only one of the two ways to exist. Sections turn into nodes.
+// decided by the order of their names, since C++ wants only one of the two ways to exist. Sections turn into nodes, and
+// so does everything of an element type that widens to the node's, arrays as well.
 template <class X>
 constexpr std::string_view name_of() {
 #if defined(__GNUC__)
@@ -778,9 +793,13 @@ struct IsSection<Section<T, N>> : std::true_type {};
 
 template <class From, class To>
 constexpr bool turns_into() {
-  if constexpr (!has_elements<From> || std::is_same_v<From, To> || ArrayOf<From>::value)
+  if constexpr (!has_elements<From> || std::is_same_v<From, To>)
     return false;
-  else if constexpr (From::rank != To::rank || !std::is_same_v<typename From::element, typename To::element>)
+  else if constexpr (From::rank != To::rank)
+    return false;
+  else if constexpr (!std::is_same_v<typename From::element, typename To::element>)
+    return widens<typename From::element, typename To::element>;
+  else if constexpr (ArrayOf<From>::value)
     return false;
   else
     return IsSection<From>::value || name_of<From>() < name_of<To>();
@@ -842,6 +861,11 @@ struct RankOf<E, std::enable_if_t<has_elements<E>>> {
   static constexpr int value = E::rank;
 };
 
+// Operations whose value may be wanted as a whole, too (see Comparison): their operands need not fit before elements
+// are asked for.
+template <class Op>
+inline constexpr bool of_truth = false;
+
 // One of the operands may be a number.
 template <class Op, class A, class B>
 class Binary : public Expression<Binary<Op, A, B>, result_of<Op, A, B>, std::max(RankOf<A>::value, RankOf<B>::value)> {
@@ -852,8 +876,7 @@ class Binary : public Expression<Binary<Op, A, B>, result_of<Op, A, B>, std::max
   Binary(A a, B b) : a_(std::move(a)), b_(std::move(b)) {
     if constexpr (has_elements<A> && has_elements<B>) {
       static_assert(A::rank == B::rank, "the operands must have as many dimensions");
-      if (LM_UNLIKELY(a_.shape() != b_.shape()))
-        fail_shapes(Op::name(), shape_text(a_.shape()), shape_text(b_.shape()));
+      if constexpr (!of_truth<Op>) need_same_shapes();
     }
   }
   template <class E, std::enable_if_t<turns_into<E, Binary>(), int> = 0>
@@ -861,6 +884,7 @@ class Binary : public Expression<Binary<Op, A, B>, result_of<Op, A, B>, std::max
 
   Shape<N> shape() const {
     if (ready_) return ready_->shape();
+    if constexpr (has_elements<A> && has_elements<B> && of_truth<Op>) need_same_shapes();
     if constexpr (has_elements<A>)
       return a_.shape();
     else
@@ -874,13 +898,18 @@ class Binary : public Expression<Binary<Op, A, B>, result_of<Op, A, B>, std::max
   T at(const Index* x) const { return ready_ ? ready_->at(x) : static_cast<T>(Op::apply(a_.at(x), b_.at(x))); }
   bool disturbed_by(const Target<N>& t) const { return !ready_ && (a_.disturbed_by(t) || b_.disturbed_by(t)); }
 
- private:
+ protected:
   A a_;
   B b_;
+
+ private:
   Prepared<T, N> ready_;
   template <class RowA, class RowB>
   static BinaryRow<Op, RowA, RowB> row(const RowA& a, const RowB& b) {
     return {a, b};
+  }
+  void need_same_shapes() const {
+    if (LM_UNLIKELY(a_.shape() != b_.shape())) fail_shapes(Op::name(), shape_text(a_.shape()), shape_text(b_.shape()));
   }
 };
 

@@ -2,8 +2,8 @@
 //
 // An error of shape or index throws lumen_error, whose text names the operation, the shapes and the index. With
 // LM_NO_CHECKS defined, the checks of single subscripts are left out: x(i) is then one load. A subscript that is not
-// within 1..n, nor a constant like -1, is undefined behaviour then. Shapes and ranges are checked always, since that
-// costs once per operation.
+// within 1..n, nor a constant like -1, is undefined behaviour then; so is a real number without an int near it that
+// becomes an int. Shapes and ranges are checked always, since that costs once per operation.
 #ifndef LM_BASE_H
 #define LM_BASE_H
 
@@ -71,6 +71,17 @@ std::string shape_text(const Shape<N>& s) {
   fail(std::string(operation) + ": the shapes " + a + " and " + b + " do not fit");
 }
 
+// Whether a * b is beyond all numbers; else *product is it. Neither is below 0.
+LM_INLINE bool product_overflows(Index a, Index b, Index* product) {
+#if defined(__GNUC__)
+  return __builtin_mul_overflow(a, b, product);
+#else
+  if (b > 0 && a > PTRDIFF_MAX / b) return true;
+  *product = a * b;
+  return false;
+#endif
+}
+
 [[noreturn]] LM_COLD inline void fail_empty(const char* operation) { fail(std::string(operation) + ": empty array"); }
 
 // ---- subscripts
@@ -100,6 +111,27 @@ LM_INLINE Index checked_offset(Index i, const Index* d, int rank, int k) {
 #endif
 #endif
   return i - 1;
+}
+
+// The same for an element of an array. The loop around may keep the array's sizes in registers only if nothing gets
+// hold of the array: what fails is given them by value. The bounds are compared one by one, since what the loop says of
+// its variable often settles the one or the other; n is s.d[k], read beforehand.
+template <int N>
+[[noreturn]] LM_COLD void fail_subscript(Index i, Shape<N> s, int k) {
+  fail_subscript(i, s.d, N, k);
+}
+template <int N>
+LM_INLINE Index element_offset(Index i, Index n, const Shape<N>& s, int k) {
+#ifndef LM_NO_CHECKS
+  if (LM_UNLIKELY(i < 1 || i > n)) {
+    if (LM_UNLIKELY(i >= 0 || i < -n)) fail_subscript(i, s, k);
+    i += n + 1;
+  }
+  return i - 1;
+#else
+  (void)n;
+  return checked_offset(i, s.d, N, k);
+#endif
 }
 
 // Elements a to b, both included. Ends below zero count from the end: R(1,-1) is everything. R(k,k-1) is empty.

@@ -15,6 +15,8 @@ class lm_complex {
  public:
   constexpr lm_complex(double re = 0, double im = 0) : v_{re, im} {}
   lm_complex(const std::complex<double>& z) : v_{z.real(), z.imag()} {}
+  // a + I*b, as the generator writes it also for complex a and b.
+  constexpr lm_complex(const lm_complex& a, const lm_complex& b) : v_{a.v_[0] - b.v_[1], a.v_[1] + b.v_[0]} {}
   operator std::complex<double>() const { return {v_[0], v_[1]}; }
 
   constexpr double real() const { return v_[0]; }
@@ -111,6 +113,12 @@ inline lm_complex pow(const lm_complex& z, const lm_complex& w) {
 }
 inline lm_complex pow(double x, const lm_complex& w) { return pow(lm_complex(x), w); }
 inline lm_complex pow(int x, const lm_complex& w) { return pow(lm_complex(x), w); }
+
+// The angle of the point (x, y): exp(I*angle) is (x + I*y)/sqrt(x^2 + y^2).
+inline lm_complex atan2(const lm_complex& y, const lm_complex& x) {
+  const lm_complex turned = log(lm_complex(x, y) / sqrt(x * x + y * y));
+  return {turned.imag(), -turned.real()};
+}
 
 }  // namespace lumen
 

@@ -128,6 +128,7 @@ Rows<T> read_rows(const std::string& file, bool commas) {
     }
     if (!row.empty()) rows.push_back(std::move(row));
   }
+  if (in.bad()) fail("Import: cannot read " + file);
   return rows;
 }
 

@@ -6,6 +6,7 @@
 #ifndef LM_LINEAR_H
 #define LM_LINEAR_H
 
+#include <numeric>
 #include <vector>
 
 #include "lm_ops.h"
@@ -154,10 +155,11 @@ auto operator*(A&& a, B&& b) {
     return sum;
   } else {
     Shape<p + q - 2> s;
-    Index m = 1, n = 1;
-    for (int i = 0; i < p - 1; i++) m *= s.d[i] = x.shape().d[i];
-    for (int i = 1; i < q; i++) n *= s.d[p - 2 + i] = y.shape().d[i];
+    for (int i = 0; i < p - 1; i++) s.d[i] = x.shape().d[i];
+    for (int i = 1; i < q; i++) s.d[p - 2 + i] = y.shape().d[i];
     Array<T, p + q - 2> c(s);
+    if (c.size() == 0) return c;
+    const Index m = std::accumulate(s.d, s.d + p - 1, Index{1}, std::multiplies<Index>{}), n = c.size() / m;
     multiply(x.elements(), y.elements(), c.elements(), m, k, n);
     return c;
   }

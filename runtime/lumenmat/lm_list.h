@@ -66,18 +66,7 @@ struct CommonElement<T, U, Rest...> : CommonElement<common_element<T, U>, Rest..
 template <class T, int N>
 void put_item(Array<T, N + 1>* list, Index place, const Array<T, N>& item) {
   const Index rows = list->shape().d[0];
-  const T* from = item.elements();
-  if (item.shape() == part_shape<T>(list->shape())) {
-    for (Index j = 0; j < item.size(); j++) list->elements()[place + j * rows] = from[j];
-    return;
-  }
-  Index x[N] = {};
-  for (Index j = 0; j < item.size(); j++) {  // a shorter last one
-    Index o = 0;
-    for (int k = N - 1; k >= 0; k--) o = o * list->shape().d[k + 1] + x[k];
-    list->elements()[place + o * rows] = from[j];
-    for (int k = 0; k < N && ++x[k] == item.shape().d[k]; k++) x[k] = 0;
-  }
+  for (Index j = 0; j < item.size(); j++) list->elements()[place + j * rows] = item.elements()[j];
 }
 
 template <class T, int N, class... Items>
@@ -85,11 +74,8 @@ Array<T, N + 1> list_of_arrays(const Items&... items) {
   const Shape<N> shapes[] = {items.shape()...};
   constexpr int n = sizeof...(Items);
   for (int i = 1; i < n; i++) {
-    const bool last = i == n - 1;
-    for (int k = 0; k < N; k++) {
-      if (shapes[i].d[k] == shapes[0].d[k] || (last && shapes[i].d[k] < shapes[0].d[k])) continue;
-      fail_shapes("make_lumenN", shape_text(shapes[0]), shape_text(shapes[i]));
-    }
+    const bool rest = N == 1 && i == n - 1 && shapes[0].d[0] == 10 && shapes[i].d[0] < 10;
+    if (shapes[i] != shapes[0] && !rest) fail_shapes("make_lumenN", shape_text(shapes[0]), shape_text(shapes[i]));
   }
   Shape<N + 1> s;
   s.d[0] = n;
@@ -101,7 +87,7 @@ Array<T, N + 1> list_of_arrays(const Items&... items) {
 }
 
 // make_lumenN(n, x1, ..., xn): the list of n numbers, or of n arrays of one shape. Long lists are written as a list of
-// lists of ten that is flattened afterwards; so the last array may be shorter, and zeros follow.
+// vectors of ten that is flattened afterwards; so the last vector behind such ones may be shorter, and zeros follow.
 inline Array<int, 1> make_lumenN(int n) {
   if (n != 0) fail("make_lumenN: no elements, but " + std::to_string(n) + " announced");
   return Array<int, 1>(0);
@@ -125,34 +111,38 @@ auto make_lumenN(int n, const X& x, const Rest&... rest) {
 
 // ---- joining and dropping
 
-template <class A, class B, IfArrays<A, B> = 0>
-auto Join(A&& a, B&& b) {
+template <class A, class B>
+auto joined(const char* operation, const A& a, const B& b) {
   static_assert(rank_of<A> == rank_of<B>, "Join takes arrays of as many dimensions");
   const auto& x = value_of(a);
   const auto& y = value_of(b);
-  need_same_parts("Join", x.shape(), y.shape());
+  need_same_parts(operation, x.shape(), y.shape());
   const Index m = x.shape().d[0], n = y.shape().d[0];
-  Array<common_element<element_type<A>, element_type<B>>, rank_of<A>> joined(with_parts(x.shape(), m + n));
-  copy_parts(x, 0, &joined, 0, m);
-  copy_parts(y, 0, &joined, m, n);
-  return joined;
+  Array<common_element<element_type<A>, element_type<B>>, rank_of<A>> result(with_parts(x.shape(), m + n));
+  copy_parts(x, 0, &result, 0, m);
+  copy_parts(y, 0, &result, m, n);
+  return result;
+}
+template <class A, class B, IfArrays<A, B> = 0>
+auto Join(const A& a, const B& b) {
+  return joined("Join", a, b);
 }
 
 // One more part: a number for a vector, a row for a matrix.
 template <class A, class B, IfArray<A> = 0>
-auto Append(A&& a, const B& part) {
-  return Join(std::forward<A>(a), make_lumenN(1, part));
+auto Append(const A& a, const B& part) {
+  return joined("Append", a, make_lumenN(1, part));
 }
 template <class A, class B, IfArray<A> = 0>
-auto Prepend(A&& a, const B& part) {
-  return Join(make_lumenN(1, part), std::forward<A>(a));
+auto Prepend(const A& a, const B& part) {
+  return joined("Prepend", make_lumenN(1, part), a);
 }
 
-// Without the parts that are in the range. R(0,-1) and R(1,0) are what Drop[a, 0] is written as: nothing is dropped.
+// Without the parts that are in the range. R(0,-1) is what Drop[a, 0] is written as: nothing is dropped.
 template <class A, IfArray<A> = 0>
 auto Drop(A&& a, const R& range) {
   const auto& x = value_of(a);
-  const R dropped = range.first == 0 ? R(1, 0) : range;
+  const R dropped = range.first == 0 && range.last == -1 ? R(1, 0) : range;
   const Span span = span_of(dropped, x.shape().d, rank_of<A>, 0);
   const Index rest = x.shape().d[0] - span.n;
   Array<element_type<A>, rank_of<A>> left(with_parts(x.shape(), rest));
@@ -205,9 +195,10 @@ auto lumen_flatten2(const A& a) {
 // ---- order
 
 inline bool precedes(int a, int b) { return a < b; }
-inline bool precedes(double a, double b) { return a < b; }
+// What is not a number comes last, so that sorting has an order.
+inline bool precedes(double a, double b) { return a < b || (std::isnan(b) && !std::isnan(a)); }
 inline bool precedes(const lm_complex& a, const lm_complex& b) {
-  return a.real() != b.real() ? a.real() < b.real() : a.imag() < b.imag();
+  return precedes(a.real(), b.real()) || (!precedes(b.real(), a.real()) && precedes(a.imag(), b.imag()));
 }
 
 // Ascending; complex numbers by real part, then imaginary part; rows by their first elements that differ. Equal parts

@@ -46,9 +46,27 @@ using IfArrayAndNumber =
 LM_BINARY_OPERATION(Plus, "Plus", a + b)
 LM_BINARY_OPERATION(Minus, "Subtract", a - b)
 LM_BINARY_OPERATION(Times, "ElemProduct", a* b)
-LM_BINARY_OPERATION(Divide, "Divide", a / b)
-LM_BINARY_OPERATION(And, "And", a&& b)
-LM_BINARY_OPERATION(Or, "Or", a || b)
+LM_BINARY_OPERATION(Less, "Less", a < b)
+LM_BINARY_OPERATION(LessEqual, "LessEqual", a <= b)
+LM_BINARY_OPERATION(Greater, "Greater", a > b)
+LM_BINARY_OPERATION(GreaterEqual, "GreaterEqual", a >= b)
+#undef LM_BINARY_OPERATION
+
+// Ints are divided as reals: the caller rounds where it wants to.
+template <class A, class B>
+LM_INLINE auto quotient(const A& a, const B& b) {
+  if constexpr (std::is_same_v<A, int> && std::is_same_v<B, int>)
+    return static_cast<double>(a) / b;
+  else
+    return a / b;
+}
+struct Divide {
+  static const char* name() { return "Divide"; }
+  template <class A, class B>
+  LM_INLINE static auto apply(const A& a, const B& b) {
+    return quotient(a, b);
+  }
+};
 
 template <class A, class B, IfArrayAndAny<A, B> = 0>
 auto operator+(A&& a, B&& b) {
@@ -67,12 +85,20 @@ auto operator/(A&& a, B&& b) {
   return make_binary<Divide>(std::forward<A>(a), std::forward<B>(b));
 }
 template <class A, class B, IfArrayAndAny<A, B> = 0>
-auto operator&&(A&& a, B&& b) {
-  return make_binary<And>(std::forward<A>(a), std::forward<B>(b));
+auto operator<(A&& a, B&& b) {
+  return make_binary<Less>(std::forward<A>(a), std::forward<B>(b));
 }
 template <class A, class B, IfArrayAndAny<A, B> = 0>
-auto operator||(A&& a, B&& b) {
-  return make_binary<Or>(std::forward<A>(a), std::forward<B>(b));
+auto operator<=(A&& a, B&& b) {
+  return make_binary<LessEqual>(std::forward<A>(a), std::forward<B>(b));
+}
+template <class A, class B, IfArrayAndAny<A, B> = 0>
+auto operator>(A&& a, B&& b) {
+  return make_binary<Greater>(std::forward<A>(a), std::forward<B>(b));
+}
+template <class A, class B, IfArrayAndAny<A, B> = 0>
+auto operator>=(A&& a, B&& b) {
+  return make_binary<GreaterEqual>(std::forward<A>(a), std::forward<B>(b));
 }
 
 template <class A, class B, IfArrays<A, B> = 0>
@@ -80,15 +106,11 @@ auto ElemProduct(A&& a, B&& b) {
   return make_binary<Times>(std::forward<A>(a), std::forward<B>(b));
 }
 
-// Ints are divided as reals: the caller rounds where it wants to.
 struct Quotient {
   static const char* name() { return "ElemQuotient"; }
   template <class A, class B>
   LM_INLINE static auto apply(const A& a, const B& b) {
-    if constexpr (std::is_same_v<A, int> && std::is_same_v<B, int>)
-      return static_cast<double>(a) / b;
-    else
-      return a / b;
+    return quotient(a, b);
   }
 };
 template <class A, class B, IfArrays<A, B> = 0>
@@ -102,19 +124,9 @@ struct Negate {
     return -a;
   }
 };
-struct Not {
-  template <class A>
-  LM_INLINE static int apply(const A& a) {
-    return !a;
-  }
-};
 template <class A, IfArray<A> = 0>
 auto operator-(A&& a) {
   return make_unary<Negate>(std::forward<A>(a));
-}
-template <class A, IfArray<A> = 0>
-auto operator!(A&& a) {
-  return make_unary<Not>(std::forward<A>(a));
 }
 
 // ---- functions of one argument
@@ -207,8 +219,11 @@ auto Mod(A&& a, B&& b) {
 struct ArcTan2 {
   static const char* name() { return "ArcTan"; }
   template <class A, class B>
-  LM_INLINE static double apply(const A& y, const B& x) {
-    return std::atan2(static_cast<double>(y), static_cast<double>(x));
+  LM_INLINE static auto apply(const A& y, const B& x) {
+    if constexpr (std::is_same_v<A, lm_complex> || std::is_same_v<B, lm_complex>)
+      return lumen::atan2(lm_complex(y), lm_complex(x));
+    else
+      return std::atan2(static_cast<double>(y), static_cast<double>(x));
   }
 };
 template <class A, class B, IfArrayAndAny<A, B> = 0>
@@ -216,19 +231,132 @@ auto atan2(A&& y, B&& x) {
   return make_binary<ArcTan2>(std::forward<A>(y), std::forward<B>(x));
 }
 
-// ---- comparison as a whole
-
-// Arrays of different shapes are different.
-template <class A, class B, IfArrays<A, B> = 0>
-bool operator==(A&& a, B&& b) {
-  static_assert(rank_of<A> == rank_of<B>, "the arrays must have as many dimensions");
-  const auto& x = value_of(a);
-  const auto& y = value_of(b);
-  return x.shape() == y.shape() && std::equal(x.elements(), x.elements() + x.size(), y.elements());
+// a + I*b is written lm_complex(a, b), whatever a and b are.
+struct ComplexOf {
+  static const char* name() { return "Plus"; }
+  template <class A, class B>
+  LM_INLINE static lm_complex apply(const A& a, const B& b) {
+    return lm_complex(a, b);
+  }
+};
+template <class A, class B, IfArrayAndAny<A, B> = 0>
+auto make_lm_complex(A&& a, B&& b) {
+  return make_binary<ComplexOf>(std::forward<A>(a), std::forward<B>(b));
 }
-template <class A, class B, IfArrays<A, B> = 0>
-bool operator!=(A&& a, B&& b) {
-  return !(a == b);
+template <class... X, std::enable_if_t<!(is_array<X> || ...), int> = 0>
+constexpr lm_complex make_lm_complex(const X&... x) {
+  return lm_complex(x...);
+}
+
+// ---- equality and truth
+//
+// a == b is an array, element by element, and a bool: whether all is equal. Which of them is wanted only the place
+// tells where it stands. As a bool, arrays of different shapes are different.
+
+// The value of an operand; an array itself is not copied.
+template <class T>
+const T& dense(const Scalar<T>& x) {
+  return x.value;
+}
+template <class T, int N>
+const Array<T, N>& dense(const Ref<T, N>& x) {
+  return x.array();
+}
+template <class D, class T, int N>
+Array<T, N> dense(const Expression<D, T, N>& x) {
+  return Array<T, N>(x);
+}
+
+template <class T, class U, int N>
+bool all_equal(const Array<T, N>& a, const Array<U, N>& b) {
+  return a.shape() == b.shape() && std::equal(a.elements(), a.elements() + a.size(), b.elements());
+}
+template <class T, class U, int N>
+bool all_equal(const Array<T, N>& a, const U& b) {
+  return std::all_of(a.elements(), a.elements() + a.size(), [&](const T& x) { return x == b; });
+}
+template <class T, class U, int N>
+bool all_equal(const T& a, const Array<U, N>& b) {
+  return all_equal(b, a);
+}
+
+template <class Op, class A, class B>
+class Comparison : public Binary<Op, A, B> {
+ public:
+  Comparison() = default;
+  Comparison(A a, B b) : Binary<Op, A, B>(std::move(a), std::move(b)) {}
+  operator bool() const { return Op::whole(this->a_, this->b_); }
+};
+
+template <class X>
+struct IsTruth : std::false_type {};
+template <class T>
+struct IsTruth<Scalar<T>> : std::true_type {};
+template <class Op, class A, class B>
+struct IsTruth<Comparison<Op, A, B>> : std::true_type {};
+
+template <class T>
+bool truth_of(const Scalar<T>& x) {
+  return x.value ? true : false;
+}
+template <class Op, class A, class B>
+bool truth_of(const Comparison<Op, A, B>& x) {
+  return x;
+}
+
+// `of`: whether the operation makes a truth of these operands. Truths and numbers are joined to truths, arrays are not.
+#define LM_TRUTH_OPERATION(Name, condition, element, of_whole) \
+  struct Name {                                                \
+    static const char* name() { return #Name; }                \
+    template <class A, class B>                                \
+    static constexpr bool of = condition;                      \
+    template <class A, class B>                                \
+    LM_INLINE static int apply(const A& a, const B& b) {       \
+      return element;                                          \
+    }                                                          \
+    template <class A, class B>                                \
+    static bool whole(const A& a, const B& b) {                \
+      return of_whole;                                         \
+    }                                                          \
+  };                                                           \
+  template <>                                                  \
+  inline constexpr bool of_truth<Name> = true;
+LM_TRUTH_OPERATION(Equal, true, a == b, all_equal(dense(a), dense(b)))
+LM_TRUTH_OPERATION(Unequal, true, a != b, !all_equal(dense(a), dense(b)))
+#define LM_TRUTHS (IsTruth<A>::value && IsTruth<B>::value)
+LM_TRUTH_OPERATION(And, LM_TRUTHS, a&& b, truth_of(a) && truth_of(b))
+LM_TRUTH_OPERATION(Or, LM_TRUTHS, a || b, truth_of(a) || truth_of(b))
+LM_TRUTH_OPERATION(Nor, LM_TRUTHS, !(a || b), !(truth_of(a) || truth_of(b)))
+#undef LM_TRUTHS
+#undef LM_TRUTH_OPERATION
+
+template <class Op, class A, class B>
+auto make_truth(A&& a, B&& b) {
+  using X = operand_of<A>;
+  using Y = operand_of<B>;
+  using Node = std::conditional_t<Op::template of<X, Y>, Comparison<Op, X, Y>, Binary<Op, X, Y>>;
+  return Node(as_operand(std::forward<A>(a)), as_operand(std::forward<B>(b)));
+}
+
+template <class A, class B, IfArrayAndAny<A, B> = 0>
+auto operator==(A&& a, B&& b) {
+  return make_truth<Equal>(std::forward<A>(a), std::forward<B>(b));
+}
+template <class A, class B, IfArrayAndAny<A, B> = 0>
+auto operator!=(A&& a, B&& b) {
+  return make_truth<Unequal>(std::forward<A>(a), std::forward<B>(b));
+}
+template <class A, class B, IfArrayAndAny<A, B> = 0>
+auto operator&&(A&& a, B&& b) {
+  return make_truth<And>(std::forward<A>(a), std::forward<B>(b));
+}
+template <class A, class B, IfArrayAndAny<A, B> = 0>
+auto operator||(A&& a, B&& b) {
+  return make_truth<Or>(std::forward<A>(a), std::forward<B>(b));
+}
+template <class A, IfArray<A> = 0>
+auto operator!(A&& a) {
+  return make_truth<Nor>(std::forward<A>(a), 0);
 }
 
 }  // namespace lumen

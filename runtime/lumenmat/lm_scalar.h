@@ -23,12 +23,6 @@ template <class T>
 using element_of = std::conditional_t<std::is_same_v<T, lm_complex>, lm_complex,
                                       std::conditional_t<std::is_floating_point_v<T>, double, int>>;
 
-// A value of one element type as another; a real one loses its fraction in an int.
-template <class To, class From>
-LM_INLINE To convert(const From& v) {
-  return static_cast<To>(v);
-}
-
 inline int to_int(double x, const char* operation) {
 #ifndef LM_NO_CHECKS
   if (LM_UNLIKELY(!(x >= INT_MIN && x <= INT_MAX)))
@@ -37,6 +31,15 @@ inline int to_int(double x, const char* operation) {
   (void)operation;
 #endif
   return static_cast<int>(x);
+}
+
+// A value of one element type as another; a real one loses its fraction in an int.
+template <class To, class From>
+LM_INLINE To convert(const From& v) {
+  if constexpr (std::is_same_v<To, int> && std::is_floating_point_v<From>)
+    return to_int(v, "conversion");
+  else
+    return static_cast<To>(v);
 }
 
 // ---- rounding

@@ -90,7 +90,8 @@ inline double quantile_of(const std::vector<double>& s, double q, const Quantile
   if (!(q >= 0 && q <= 1)) fail("Quantile: " + std::to_string(q) + " is not within 0 to 1");
   const double n = static_cast<double>(s.size());
   const double h = p.a + (n + p.b) * q, below = std::floor(h);
-  const auto value = [&](double place) { return s[static_cast<std::size_t>(std::min(std::max(place, 1.0), n)) - 1]; };
+  // With 1.0 first, what is not a number is 1, too.
+  const auto value = [&](double place) { return s[static_cast<std::size_t>(std::min(std::max(1.0, place), n)) - 1]; };
   const double low = value(below), high = value(std::ceil(h));
   return low + (high - low) * (p.c + p.d * (h - below));
 }
@@ -104,9 +105,7 @@ QuantileParameters quantile_parameters(const P& p) {
 
 template <class T>
 std::vector<double> sorted_reals(const T* x, Index n) {
-  std::vector<double> s(x, x + n);
-  std::sort(s.begin(), s.end());
-  return s;
+  return sorted_values(std::vector<double>(x, x + n).data(), n);
 }
 
 template <class A>

@@ -18,6 +18,7 @@
 //   m = 2*m + n;                 element by element, in one pass, without arrays in between
 //   m*v, m*n, v*v                products of matrices and vectors
 //   ElemProduct(m, n), ElemQuotient(m, n), sin(m), pow(m, 2)
+//   0 < m, m == n                int arrays, element by element; m == n as a bool: equal as a whole
 //
 // Errors throw lumen_error. LM_NO_CHECKS leaves out the checks of single subscripts (see lm_base.h).
 //
@@ -69,6 +70,7 @@ using lumen::lumen_importNlm_complex;
 using lumen::lumen_importNNdouble;
 using lumen::lumen_importNNint;
 using lumen::lumen_importNNlm_complex;
+using lumen::make_lm_complex;
 using lumen::make_lumenN;
 using lumen::Max;
 using lumen::Min;
@@ -83,5 +85,9 @@ using lumen::XStringLength;
 using lumen::XStringReverse;
 using std::abs;
 using std::cout;
+
+// Of arrays, lm_complex(a, b) is an array, which no constructor can give. Since a parenthesis behind the name makes it
+// a call, a type of functions with complex values is written auto(double) -> lm_complex.
+#define lm_complex(...) make_lm_complex(__VA_ARGS__)
 
 #endif

@@ -19,6 +19,9 @@ int array[2] rounded[real array[2] a_] := Floor[a] + Ceiling[a] + Round[a] + Int
 real array[2] functions[real array[2] a_] := Sin[a] + Sqrt[Abs[a]] + Exp[a]*2 + FractionalPart[a] + a^2 + Cot[a] + Mod[a, 2];
 complex array[2] waves[complex array[2] z_] := Exp[I*z] + Conjugate[z];
 real array[2] sizes[complex array[2] z_] := Abs[z] + Re[z] + Im[z] + Arg[z];
+complex array[2] mixed[complex array[2] z_, complex w_, real x_] := z + I*(w + I*x);
+bool array[2] inside[real array[2] a_, bool c_] := !(a == 1) && -3 <= a < 0 && c;
+bool same[real array[2] a_, real array[2] b_] := Equal[a, a] && Unequal[a, b];
 complex root[complex z_] := Sqrt[z] + Complex[1, 2]*z^2;
 real array[2] twice[real array[2, 2] m_, real array[2] a_] := m . m . a;
 real array[6] joined[real array[2] a_, real array[2] b_] := Join[a, b, a];

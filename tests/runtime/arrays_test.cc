@@ -43,6 +43,9 @@ TEST(CompiledArrays, GiveWhatTheLanguageMeans) {
       {text(Arrays_Twholes(i, j)), "{3, -4}"},
       {text(Arrays_Trounded(a)), "{5, -10}"},  // 1+1+1+1+1, -3-2-2-2-1
       {text(Arrays_Tsizes(z)), text(make_lumenN(2, 2 + 0 + 2 + M_PI / 2, 3 - 3 + 0 + M_PI))},
+      {text(Arrays_Tmixed(z, 1, 2)), "{(-2,3), (-5,1)}"},  // z + I - 2
+      {text(Arrays_Tinside(a, 0)) + text(Arrays_Tinside(a, 1)), "{0, 0}{0, 1}"},
+      {text(Arrays_Tsame(a, b)) + text(Arrays_Tsame(a, a)), "10"},
       {text(Arrays_Troot(lm_complex(4, 0))), "(18,32)"},
       {text(Arrays_Ttwice(square, a)), "{1.5, -14.625}"},
       {text(Arrays_Tjoined(a, b)), "{1, -2.5, 4, 0.5, 1, -2.5}"},

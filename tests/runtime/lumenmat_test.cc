@@ -153,11 +153,15 @@ TEST(Subscripts, OutsideAreNamedInTheMessage) {
       {error_of([&] { m(1, 0) = 0; }), "subscript 2 of an array {2, 3} is 0, not within 1 to 3"},
       {error_of([&] { m(1, -4) = 0; }), "subscript 2 of an array {2, 3} is -4, not within 1 to 3"},
       {error_of([&] { m.Set(All, 2, 3, 0); }), "subscript 1 of an array {2} is 3, not within 1 to 2"},
+      {error_of([&] { intN(1) = 3e9; }), "conversion: 3000000000.000000 does not fit into an int"},
 #endif
       {error_of([&] { (void)m(R(1, 3), 1); }), "range R(1,3) as subscript 1 of an array {2, 3} is not within 1 to 2"},
       {error_of([&] { (void)m(All, R(3, 1)); }), "range R(3,1) as subscript 2 of an array {2, 3} is not within 1 to 3"},
       {error_of([&] { (void)m.dimension(3); }), "dimension(3) of an array with 2 dimensions"},
       {error_of([&] { m.Set(1, All, make_lumenN(2, 1, 2)); }), "Set: the shapes {3} and {2} do not fit"},
+      {error_of([&] { (void)m.Extract(intN()); }), "Extract: 0 subscripts for an array {2, 3}"},
+      {error_of([&] { doubleN() * doubleNNN(0, 1 << 30, 1 << 30); }),
+       "an array of the shape {1073741824, 1073741824} is too large"},
       {error_of([&] { doubleN v(-1); }), "an array cannot have the shape {-1}"},
       {error_of([&] { doubleNNN v(1 << 30, 1 << 30, 1 << 30); }),
        "an array of the shape {1073741824, 1073741824, 1073741824} is too large"}};
@@ -219,14 +223,15 @@ TEST(Lists, AreMadeAndTakenApart) {
   EXPECT_EQ(text(make_lumenN(2, 1, 2.5)), "{1, 2.5}");
   EXPECT_EQ(text(make_lumenN(2, v, 2 * v)), "{{1, 2, 3}, {2, 4, 6}}");
   EXPECT_EQ(text(make_lumenN(2, make_lumenN(1, v), make_lumenN(1, v))), "{{{1, 2, 3}}, {{1, 2, 3}}}");
-  // A long list: chunks of which the last is shorter.
-  EXPECT_EQ(text(lumen_flatten(make_lumenN(2, v, make_lumenN(1, 4)))(R(1, 4))), "{1, 2, 3, 4}");
-  EXPECT_EQ(error_of([&] { make_lumenN(2, make_lumenN(1, 4), v); }), "make_lumenN: the shapes {1} and {3} do not fit");
+  // A long list: vectors of ten, of which the last is shorter.
+  EXPECT_EQ(text(lumen_flatten(make_lumenN(2, intN(10), make_lumenN(1, 4)))(R(9, 11))), "{0, 0, 4}");
+  EXPECT_EQ(error_of([&] { make_lumenN(2, v, make_lumenN(1, 4)); }), "make_lumenN: the shapes {3} and {1} do not fit");
   EXPECT_EQ(error_of([&] { make_lumenN(2, 1); }), "make_lumenN: 1 elements, but 2 announced");
   EXPECT_EQ(text(Append(two_by_three(), 7 * v)), "{{1, 2, 3}, {4, 5, 6}, {7, 14, 21}}");
   EXPECT_EQ(error_of([&] { Append(two_by_three(), make_lumenN(1, 1)); }),
-            "Join: the shapes {2, 3} and {1, 1} do not fit");
+            "Append: the shapes {2, 3} and {1, 1} do not fit");
   EXPECT_EQ(text(Drop(v, R(2, 2))) + text(Drop(v, R(-2, -1))) + text(Drop(v, R(0, -1))), "{1, 3}{1}{1, 2, 3}");
+  EXPECT_EQ(error_of([&] { Drop(v, R(0, 2)); }), "range R(0,2) as subscript 1 of an array {3} is not within 1 to 3");
   const intNNN t = counted<int, 3>({{2, 2, 3}});
   EXPECT_EQ(text(lumen_flatten0(t)), text(t));
   EXPECT_EQ(text(lumen_flatten2(counted<int, 4>({{2, 1, 1, 2}}))), "{{1, 2}, {3, 4}}");
@@ -315,6 +320,13 @@ TEST(Functions, OfComplexNumbersMixWithOtherNumbers) {
   EXPECT_NEAR(abs(exp(lm_complex(0, 1) * arg(z)) - z / 5), 0, 1e-15);
   EXPECT_NEAR(abs(pow(2, z) - exp(z * std::log(2.0))), 0, 1e-14);
   EXPECT_EQ(text(lm_complexN(make_lumenN(2, z, 1))), "{(3,4), (1,0)}");
+  // a + I*b of anything.
+  EXPECT_TRUE(lm_complex(z, 2) == lm_complex(3, 6) && lm_complex(1, z) == lm_complex(-3, 3));
+  EXPECT_EQ(text(lm_complex(make_lumenN(2, 1, 2), 0.5)) + text(lm_complex(z, make_lumenN(1, z))),
+            "{(1,0.5), (2,0.5)}{(-1,7)}");
+  for (const double x : {-2.0, 0.5})
+    for (const double y : {-1.0, 0.0, 3.0}) EXPECT_NEAR(abs(atan2(lm_complex(y), x) - std::atan2(y, x)), 0, 1e-15);
+  EXPECT_NEAR(abs(tan(atan2(make_lumenN(1, z), 2)(1)) - z / 2), 0, 1e-14);
 }
 
 TEST(Functions, OfArraysGoElementByElement) {
@@ -324,12 +336,24 @@ TEST(Functions, OfArraysGoElementByElement) {
   } rows[] = {{text(abs(x)), "{0.25, 2.5}"},
               {text(pow(2, make_lumenN(2, 3, 4))), "{8, 16}"},
               {text(!make_lumenN(2, 0, 5)), "{1, 0}"},
+              {text(floor(make_lumenN(2, 7, -7) / 2)), "{3, -4}"},
+              {text((0 < x) || (x <= -2.5)) + text((1 > x) && !(x >= 0)), "{1, 1}{0, 1}"},
+              {text(x == 0.25) + text(x != x), "{1, 0}{0, 0}"},
               {text(make_lumenN(2, 0, 1) || make_lumenN(2, 0, 0)), "{0, 1}"},
               {text(atan2(make_lumenN(1, 0.0), make_lumenN(1, 2.0))), "{0}"}};
   for (const auto& row : rows) EXPECT_EQ(row.text, row.expected);
   intN i(2);
   i = floor(x);
   EXPECT_EQ(text(i), "{0, -3}");
+  EXPECT_EQ(text((i(2) < 0) ? (x + i) : (i)), "{0.25, -5.5}");
+}
+
+// As a whole: arrays of different shapes are different, and only as arrays they do not fit.
+TEST(Functions, EqualityIsAlsoATruth) {
+  const doubleN x = make_lumenN(2, 1, 2), y = make_lumenN(3, 1, 2, 3);
+  EXPECT_TRUE(x == x && !(x == y) && x != y && (x == y || y == y(All)) && make_lumenN(2, 1, 2) == x);
+  EXPECT_FALSE(x != x || x == 1 || !(x == x));
+  EXPECT_EQ(error_of([&] { const intN equal = x == y; }), "Equal: the shapes {2} and {3} do not fit");
 }
 
 TEST(Functions, Statistics) {
@@ -340,6 +364,9 @@ TEST(Functions, Statistics) {
   EXPECT_EQ(text(lumen_variance(two_by_three())), "{4.5, 4.5, 4.5}");
   EXPECT_EQ(lumen_variance(make_lumenN(2, lm_complex(0, 1), lm_complex(0, -1))), 2);
   EXPECT_EQ(lumen_total(doubleN()), 0);
+  EXPECT_EQ(text(lumen_sort(make_lumenN(4, 2, NAN, 1, 3))), "{1, 2, 3, nan}");
+  const auto no_numbers = make_lumenN(2, make_lumenN(2, NAN, 0.0), make_lumenN(2, 1.0, 0.0));
+  EXPECT_TRUE(std::isnan(lumen_quantile3(v, 0.5, no_numbers)));
   EXPECT_EQ(error_of([] { lumen_mean(doubleN()); }), "Mean: at least 1 values are wanted, not 0");
 
   // The smallest value with a share q at or below it; then with straight lines between the values (definition 7).
@@ -382,6 +409,7 @@ TEST_F(Files, AreReadWithBlanksAndRefusedWithReasons) {
   write("1,x\n");
   EXPECT_EQ(error_of([&] { lumen_import1NNint(name_); }), "Import: " + name_ + ", line 1: not a number: 1,x");
   EXPECT_EQ(error_of([&] { lumen_import1Nint("/no/such.csv"); }), "Import: cannot read /no/such.csv");
+  EXPECT_EQ(error_of([&] { lumen_importNint("/", "csv", NULL, NULL); }), "Import: cannot read /");
   EXPECT_EQ(error_of([&] { lumen_import1Nint("name"); }), "Import: the name name has no suffix that tells the format");
   EXPECT_EQ(error_of([&] { lumen_importNint(name_, "xls", NULL, NULL); }), "Import: unknown format xls");
   EXPECT_EQ(error_of([&] { lumen_export(name_, two_by_three(), "list", NULL, NULL); }),
