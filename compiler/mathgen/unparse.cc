@@ -17,6 +17,7 @@
 #include <cstdio>
 #include <cstring>
 #include <initializer_list>
+#include <new>
 #include <string>
 
 #include "Asynt.h"
@@ -722,6 +723,11 @@ void unparse_filep(FILE* f, tAsynt tree) {
 
 bool StatementsAhead::add(tAsynt list) {
   const KeptText::End end = text_.end();
+  const auto give_up = [&] {
+    upout_drop_kept();
+    text_.cut(end);
+    return false;
+  };
   const FatalsThrow fatals;
   try {
     if (!text_.empty()) text_.append(kStatementEnd);
@@ -730,9 +736,9 @@ bool StatementsAhead::add(tAsynt list) {
     upout_end_kept();
     return true;
   } catch (const FatalAhead&) {
-    upout_end_kept();
-    text_.cut(end);
-    return false;
+    return give_up();
+  } catch (const std::bad_alloc&) {
+    return give_up();
   }
 }
 

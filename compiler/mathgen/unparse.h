@@ -27,7 +27,7 @@ void unparse_filep(FILE* f, tAsynt tree);
 class StatementsAhead {
  public:
   // Prints a list of statements, with indentation, behind those before it; on any thread. False, with nothing printed,
-  // if that comes to a fatal message, which is not reported.
+  // if that comes to a fatal message, which is not reported, or there is no memory for the text.
   bool add(tAsynt list);
 
   const KeptText& text() const { return text_; }

@@ -115,6 +115,8 @@ void upout_end_kept() {
   upkept = nullptr;
 }
 
+void upout_drop_kept() { upkept = nullptr; }
+
 void upout_kept(const KeptText& kept) {
   flush();
   kept.write(upfile);

@@ -59,6 +59,9 @@ void upout_begin_file(FILE* f, bool pretty);
 void upout_begin_kept(KeptText* kept, int indent);
 void upout_end_kept();
 
+// Ends it without what is still gathered.
+void upout_drop_kept();
+
 // End it: with a terminator, the result is bigbuf; by writing out what is gathered, which does nothing to a string.
 const char* upout_end_string();
 void upout_end_file();

@@ -3,6 +3,7 @@
 #include "Asynt.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
@@ -209,9 +210,9 @@ ScannedKind scanned_kind(const TreeKind& k) {
 }
 
 const ScannedKind* scanned_kinds() {
-  static const std::vector<ScannedKind> kinds = [] {
-    std::vector<ScannedKind> all;
-    for (int k = 0; k < kAsyntKinds; k++) all.push_back(scanned_kind(Asynt_Schema.kinds[k]));
+  static const auto kinds = [] {
+    std::array<ScannedKind, kAsyntKinds> all;
+    for (size_t k = 0; k < all.size(); k++) all[k] = scanned_kind(Asynt_Schema.kinds[k]);
     return all;
   }();
   return kinds.data();
