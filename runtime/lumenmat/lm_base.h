@@ -14,7 +14,11 @@
 #if defined(__GNUC__)
 #define LM_COLD __attribute__((noinline, cold))
 #define LM_UNLIKELY(c) __builtin_expect(!!(c), 0)
+#if defined(__SANITIZE_ADDRESS__)
+#define LM_INLINE inline  // with all their checks, functions that must be put in line take minutes to compile
+#else
 #define LM_INLINE inline __attribute__((always_inline))
+#endif
 #else
 #define LM_COLD
 #define LM_UNLIKELY(c) (c)
