@@ -139,8 +139,7 @@ bool is_zero(tAsynt t) {
 
 // The items of a list with separators, up to a cell or, without one, to the end. Hidden items count as absent; a
 // comment ends its own line, so that no separator follows it. In a list "0" stands for an unknown size, which the host
-// writes
-// "_"; the arguments of calls and the operands of operators are not printed by this function and keep their 0.
+// writes "_"; the arguments of calls and the operands of operators are not printed by this function and keep their 0.
 // `due` tells whether a separator goes before the first item; the result, whether one goes behind the last.
 bool Unparse_items(tAsynt t, tAsynt end, std::string_view sep, bool due) {
   for (; t != end && is_cell(t); t = tail(t)) {

@@ -22,9 +22,9 @@ constexpr size_t kFirstSize = 2000;
 constexpr size_t kBlockSize = size_t{64} * 1024;
 
 constinit thread_local char block[kBlockSize]{};
-constinit thread_local FILE* upfile = nullptr;  // the stream of the text in the making, or null
-constinit thread_local KeptText* upkept =
-    nullptr;  // the kept text in the making, or null; a string if there is neither
+// Where the text in the making goes: a stream or a kept text; to bigbuf if both are null.
+constinit thread_local FILE* upfile = nullptr;
+constinit thread_local KeptText* upkept = nullptr;
 
 void start(char* room, size_t size, bool pretty) {
   upfile = nullptr;
